@@ -1,0 +1,77 @@
+#include "Commands.h"
+
+#include <CLI/CLI.hpp>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <exception>
+#include <string>
+#include <vector>
+
+namespace QuorlanProgram {
+namespace {
+
+std::vector<Command> const kCommands = {};
+
+/// Prints one line to stderr.
+void Complain(std::string const& message) { std::fprintf(stderr, "quorlan: %s\n", message.c_str()); }
+
+/// The line of the help that shows how the command is called.
+std::string UsageOf(CLI::App const& app) {
+    std::string const help = app.help();
+    auto const begin = help.find("Usage:");
+    return begin == std::string::npos ? std::string() : help.substr(begin, help.find('\n', begin) - begin);
+}
+
+int ReportUsage(CLI::App const& program, CLI::ParseError const& error) {
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return program.exit(error);  // --help
+    auto const parsed = program.get_subcommands();
+    CLI::App const& app = parsed.empty() ? program : *parsed.front();
+    Complain(error.what());
+    std::fprintf(stderr, "%s\nFor more: quorlan%s%s --help\n", UsageOf(app).c_str(), parsed.empty() ? "" : " ",
+                 parsed.empty() ? "" : app.get_name().c_str());
+    return kWrongUsage;
+}
+
+/// A full disk behind stdout shows only when the last bytes leave.
+int FinishStdout(int exitCode) {
+    if (std::fflush(stdout) == 0 && std::ferror(stdout) == 0) return exitCode;
+    Complain(std::string("stdout: ") + std::strerror(errno));
+    return kFindings;
+}
+
+int Main(int argc, char** argv) {
+    CLI::App program("Reads, checks, measures, pictures and writes building models (.qln).", "quorlan");
+    program.set_version_flag("--version", "quorlan " QUORLAN_VERSION);
+    program.require_subcommand(1);
+    program.get_formatter()->column_width(34);
+
+    std::vector<Run> runs;
+    for (auto const& command : kCommands) {
+        runs.push_back(command.declare(*program.add_subcommand(command.name, command.summary)));
+    }
+    try {
+        program.parse(argc, argv);
+    } catch (CLI::ParseError const& error) {
+        return ReportUsage(program, error);
+    }
+    for (std::size_t i = 0; i < runs.size(); ++i) {
+        if (program.got_subcommand(kCommands[i].name)) return FinishStdout(runs[i]());
+    }
+    return kWrongUsage;
+}
+
+}  // namespace
+}  // namespace QuorlanProgram
+
+int main(int argc, char** argv) {
+    try {
+        return QuorlanProgram::Main(argc, argv);
+    } catch (std::bad_alloc const&) {
+        QuorlanProgram::Complain("not enough memory");
+    } catch (std::exception const& error) {
+        QuorlanProgram::Complain(error.what());
+    }
+    return QuorlanProgram::kFindings;
+}
