@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+namespace Quorlan {
+
+/// [bytes] Offsets in a buffer are signed 32-bit: 2 GiB and more cannot be addressed.
+constexpr std::size_t kMaxBufferSize = 0x7FFFFFFF;
+
+namespace Schema {
+struct Model;
+}
+
+/// The root of a buffer that is safe to read, or null.
+///
+/// The buffer has the identifier, passes the FlatBuffers verifier with limits that follow from its size, holds its
+/// vectors at addresses that fit their elements, has entities with records and a geometry, and the placement, entity
+/// and definition of each of its instances exist. REQUIRES: the buffer's bytes are aligned to 8.
+Schema::Model const* OpenUntrustedModel(std::vector<char> const& buffer);
+
+}  // namespace Quorlan

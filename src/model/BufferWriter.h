@@ -1,0 +1,24 @@
+#pragma once
+
+#include "model/ModelWriters.h"
+
+#include <vector>
+
+namespace Quorlan {
+
+/// Everything that a model builder has collected, in the order in which the buffer holds it.
+struct ModelContent {
+    EntityWriter const& entities;
+    OwnerHistoryWriter const& ownerHistories;
+    MaterialWriter const& materials;
+    LayerWriter const& layers;
+    TextureWriter const& textures;
+    DefinitionWriter const& definitions;
+    InstanceWriter const& instances;
+    PropertyWriter const& properties;
+};
+
+/// The model buffer of the content. THROWS std::length_error if it would reach 2 GiB.
+std::vector<char> WriteModelBuffer(ModelContent const& content);
+
+}  // namespace Quorlan
