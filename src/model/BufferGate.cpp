@@ -48,13 +48,17 @@ bool AreInstancesPlaced(Schema::Model const& model) {
 
 }  // namespace
 
-Schema::Model const* OpenUntrustedModel(std::vector<char> const& buffer) {
+Schema::Model const* VerifyUntrustedModel(std::vector<char> const& buffer) {
     if (!PassesVerifier(buffer)) return nullptr;
     auto const* const model = Schema::GetModel(buffer.data());
-    if (model->entities() == nullptr || model->entities()->records() == nullptr || model->geometry() == nullptr) {
-        return nullptr;
-    }
-    return IsAligned(*model) && AreInstancesPlaced(*model) ? model : nullptr;
+    bool const isWhole =
+        model->entities() != nullptr && model->entities()->records() != nullptr && model->geometry() != nullptr;
+    return isWhole && IsAligned(*model) ? model : nullptr;
+}
+
+Schema::Model const* OpenUntrustedModel(std::vector<char> const& buffer) {
+    auto const* const model = VerifyUntrustedModel(buffer);
+    return model != nullptr && AreInstancesPlaced(*model) ? model : nullptr;
 }
 
 }  // namespace Quorlan

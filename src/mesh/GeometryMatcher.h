@@ -1,0 +1,113 @@
+#pragma once
+
+#include <GeometryObjectLib/AffineTransform.h>
+#include <GeometryObjectLib/FacetedBRep.h>
+#include <Quorlan/ModelTypes.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <unordered_map>
+#include <vector>
+
+namespace Quorlan::Tools {
+
+using GeometryObjectLib::FacetedBRep;
+
+/// Two vertices that span, with vertex 0, the reference frame of a shape: the one farthest from vertex 0, and the one
+/// farthest from the line through both. Of equally far vertices the first is taken.
+struct ReferencePair {
+    std::uint32_t first = kInvalidIndex;
+    std::uint32_t second = kInvalidIndex;
+};
+
+inline bool operator==(ReferencePair const& a, ReferencePair const& b) {
+    return a.first == b.first && a.second == b.second;
+}
+
+/// Empty for fewer than 3 vertices and where no vertex is off the others' point or line.
+std::optional<ReferencePair> FindReferencePair(std::vector<Vertex> const& vertices);
+
+/// The axes X = v[first] - v[0], Y = v[second] - v[0] and Z = X x Y at v[0]; nothing is normalised.
+struct ReferenceFrame {
+    Vertex origin;
+    Vertex x;
+    Vertex y;
+    Vertex z;
+};
+
+/// Empty for a pair beyond the vertices, and unless the frame's determinant is greater than 1e-15.
+std::optional<ReferenceFrame> MakeReferenceFrame(std::vector<Vertex> const& vertices, ReferencePair const& pair);
+
+/// A hash of the counts and loops of a shape with `vertexCount` vertices, the same for all its copies. The inner loops
+/// of all faces are folded in once per face.
+std::uint32_t ComputeSignature(FacetedBRep const& shape, std::size_t vertexCount);
+
+/// What the matcher keeps of a shape.
+struct MatcherEntry {
+    ReferenceFrame frame;
+    double size = 0;               ///< sum of the lengths of the frame's X and Y
+    std::uint64_t nextInCell = 0;  ///< the next key of the same cell, larger than this one's
+    std::vector<Vertex> vertices;
+    std::vector<std::uint32_t> loops;  ///< of all faces in one run: counts before what they count
+};
+
+/// Finds, among the shapes of earlier queries, the first of which a shape is a rigid copy.
+///
+/// Shapes are told apart in the order of cost: by signature, then by the lengths of two edges, then vertex by vertex,
+/// then loop by loop. Lengths are looked up in a grid rather than compared one by one, so that a query among many
+/// shapes with the same loops costs as much as among few.
+class GeometryMatcher {
+public:
+    /// `tolerance` [model units] is the farthest that a vertex may lie from its counterpart.
+    explicit GeometryMatcher(double tolerance) : tolerance_(tolerance) {}
+
+    /// RETURNS true if `shape` is a copy of an earlier shape: `key` is that shape's and `transform` maps `shape` onto
+    /// it. Otherwise the shape is new: `key` is the next one, counted from 0, and `transform` the identity. A new shape
+    /// without a reference frame gets a key too, but is never found again.
+    bool Query(FacetedBRep const& shape, std::uint64_t& key, AffineTransform& transform) {
+        return Query(shape.vertices, shape, key, transform);
+    }
+
+    /// The same for the shape with these vertices and the loops of `loops`.
+    bool Query(std::vector<Vertex> const& vertices, FacetedBRep const& loops, std::uint64_t& key,
+               AffineTransform& transform);
+
+    std::uint64_t GetCallCount() const { return callCount_; }
+    std::uint64_t GetNewShapeCount() const { return entries_.size(); }
+
+private:
+    /// Where the shapes of one signature, one reference pair and about one size are found.
+    struct CellId {
+        std::uint32_t signature;
+        ReferencePair pair;
+        std::int64_t cell;
+
+        bool operator==(CellId const& other) const {
+            return signature == other.signature && pair == other.pair && cell == other.cell;
+        }
+    };
+
+    struct CellHash {
+        std::size_t operator()(CellId const& id) const;
+    };
+
+    /// The keys of a cell, linked in ascending order through the entries.
+    struct CellChain {
+        std::uint64_t head;
+        std::uint64_t tail;
+    };
+
+    std::uint64_t FindFirstMatch(std::uint32_t signature, std::vector<Vertex> const& vertices, FacetedBRep const& loops,
+                                 AffineTransform& transform) const;
+    void Register(std::uint32_t signature, ReferencePair const& pair, std::uint64_t key);
+    std::int64_t CellOf(double size) const;
+
+    double tolerance_;
+    std::uint64_t callCount_ = 0;
+    std::vector<MatcherEntry> entries_;
+    std::unordered_map<std::uint32_t, std::vector<ReferencePair>> pairsBySignature_;
+    std::unordered_map<CellId, CellChain, CellHash> cells_;
+};
+
+}  // namespace Quorlan::Tools
