@@ -12,14 +12,15 @@
 namespace QuorlanProgram {
 namespace {
 
-std::vector<Command> const kCommands = {};
+std::vector<Command> const kCommands = {
+    {"sample", "Write the sample building", &DeclareSample},
+};
 
 /// Prints one line to stderr.
 void Complain(std::string const& message) { std::fprintf(stderr, "quorlan: %s\n", message.c_str()); }
 
 /// The line of the help that shows how the command is called.
-std::string UsageOf(CLI::App const& app) {
-    std::string const help = app.help();
+std::string UsageOf(std::string const& help) {
     auto const begin = help.find("Usage:");
     return begin == std::string::npos ? std::string() : help.substr(begin, help.find('\n', begin) - begin);
 }
@@ -27,11 +28,20 @@ std::string UsageOf(CLI::App const& app) {
 int ReportUsage(CLI::App const& program, CLI::ParseError const& error) {
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) return program.exit(error);  // --help
     auto const parsed = program.get_subcommands();
-    CLI::App const& app = parsed.empty() ? program : *parsed.front();
+    auto const& name = program.get_name();
+    auto const call = parsed.empty() ? name : name + " " + parsed.front()->get_name();
     Complain(error.what());
-    std::fprintf(stderr, "%s\nFor more: quorlan%s%s --help\n", UsageOf(app).c_str(), parsed.empty() ? "" : " ",
-                 parsed.empty() ? "" : app.get_name().c_str());
+    auto const usage = UsageOf(parsed.empty() ? program.help() : parsed.front()->help(name));
+    std::fprintf(stderr, "%s\nFor more: %s --help\n", usage.c_str(), call.c_str());
     return kWrongUsage;
+}
+
+/// The parser would call an unknown command a missing one.
+void CheckCommandName(CLI::App const& program, int argc, char** argv) {
+    if (argc < 2 || argv[1][0] == '-') return;
+    if (program.get_subcommand_no_throw(argv[1]) == nullptr) {
+        throw CLI::ValidationError("there is no command '" + std::string(argv[1]) + "'");
+    }
 }
 
 /// A full disk behind stdout shows only when the last bytes leave.
@@ -52,6 +62,7 @@ int Main(int argc, char** argv) {
         runs.push_back(command.declare(*program.add_subcommand(command.name, command.summary)));
     }
     try {
+        CheckCommandName(program, argc, argv);
         program.parse(argc, argv);
     } catch (CLI::ParseError const& error) {
         return ReportUsage(program, error);
