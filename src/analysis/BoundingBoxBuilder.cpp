@@ -1,0 +1,58 @@
+#include <Tools/BoundingBoxBuilder.h>
+
+#include "analysis/InstanceLanes.h"
+#include "geometry/Frame.h"
+#include "model/ModelView.h"
+
+namespace Quorlan::Tools {
+
+bool BoundingBoxBuilder::Build(AffineTransform const& transform, void const* buffer) {
+    auto const model = ModelView::Open(buffer);
+    if (!model || model->GetInstanceCount() == 0) return false;
+
+    auto const caller = FrameLanes::FromFrame(Frame(transform));
+    InstanceArrays const arrays(*model);
+    FillByLanes(boundingBoxes_, arrays.count, [&](std::uint32_t first, AxisAlignedBox3* out) {
+        InstanceLanes const instances(arrays, first);
+        auto const world = caller * (instances.GetEntityPlacements().ToFrame() * instances.GetPlacements().ToFrame());
+        VectorLanes<Float4> lo;
+        VectorLanes<Float4> hi;
+        instances.GetLocalBounds(lo, hi);
+        TransformBox(world, lo, hi).Store(out);
+    });
+    return true;
+}
+
+bool BoundingBoxBuilder::Build(void const* buffer) { return Build(AffineTransform(), buffer); }
+
+bool BoundingBoxBuilder::Build(AffineTransform const& transform, IModelReader const& reader) {
+    auto const& entities = reader.GetEntities();
+    auto const& geometry = reader.GetGeometry();
+    // A reader that loads on demand is asked for definitions and placements before the first of them is read.
+    static_cast<void>(geometry.GetDefinitionCount());
+    static_cast<void>(geometry.GetPlacementCount());
+    std::uint32_t const count = geometry.GetInstanceCount();
+    if (count == 0) return false;
+
+    Frame const caller(transform);
+    boundingBoxes_.resize(count);
+    InstanceRecord instance;
+    DefinitionBounds bounds;
+    AffineTransform placement;
+    EntityIdentifier entity;
+    for (std::uint32_t i = 0; i < count; ++i) {
+        geometry.GetInstance(instance, i);
+        geometry.GetDefinitionBounds(bounds, instance.definitionIndex);
+        AxisAlignedBox3 const local{(bounds.max + bounds.min) * 0.5, (bounds.max - bounds.min) * 0.5};
+        geometry.GetPlacement(placement, instance.placementIndex);
+        Frame const entityFrame(entities.GetIdentifier(entity, instance.entityIndex).placement);
+        boundingBoxes_[i] =
+            TransformBox(caller * (entityFrame * Frame(placement)), GeometryObjectLib::ToVector3f(local.GetMin()),
+                         GeometryObjectLib::ToVector3f(local.GetMax()));
+    }
+    return true;
+}
+
+bool BoundingBoxBuilder::Build(IModelReader const& reader) { return Build(AffineTransform(), reader); }
+
+}  // namespace Quorlan::Tools

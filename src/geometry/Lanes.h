@@ -1,0 +1,161 @@
+#pragma once
+
+#include <GeometryObjectLib/Vector3f.h>
+#include <GeometryObjectLib/Vertex.h>
+
+#include <algorithm>
+#include <cmath>
+
+#if defined(__SSE2__) || defined(_M_X64)
+#define QUORLAN_HAS_SSE2 1
+#include <emmintrin.h>
+#else
+#define QUORLAN_HAS_SSE2 0
+#endif
+
+/// Four numbers side by side, worked on at once. Every operation rounds each lane exactly as the scalar operation does,
+/// so that code in lanes gives the bits of the same code in scalars.
+namespace GeometryObjectLib {
+
+/// The portable form: an array and loops.
+template <class T>
+struct PlainLanes {
+    T lane[4];
+
+    PlainLanes() = default;
+    explicit PlainLanes(T value) : lane{value, value, value, value} {}
+    PlainLanes(T a, T b, T c, T d) : lane{a, b, c, d} {}
+
+    template <class Operation>
+    static PlainLanes Zip(PlainLanes const& a, PlainLanes const& b, Operation operation) {
+        return {operation(a.lane[0], b.lane[0]), operation(a.lane[1], b.lane[1]), operation(a.lane[2], b.lane[2]),
+                operation(a.lane[3], b.lane[3])};
+    }
+
+    friend PlainLanes operator+(PlainLanes const& a, PlainLanes const& b) {
+        return Zip(a, b, [](T x, T y) { return x + y; });
+    }
+    friend PlainLanes operator-(PlainLanes const& a, PlainLanes const& b) {
+        return Zip(a, b, [](T x, T y) { return x - y; });
+    }
+    friend PlainLanes operator*(PlainLanes const& a, PlainLanes const& b) {
+        return Zip(a, b, [](T x, T y) { return x * y; });
+    }
+    friend PlainLanes operator/(PlainLanes const& a, PlainLanes const& b) {
+        return Zip(a, b, [](T x, T y) { return x / y; });
+    }
+    /// std::min(a, b) and std::max(a, b), in this order of arguments.
+    friend PlainLanes Min(PlainLanes const& a, PlainLanes const& b) {
+        return Zip(a, b, [](T x, T y) { return std::min(x, y); });
+    }
+    friend PlainLanes Max(PlainLanes const& a, PlainLanes const& b) {
+        return Zip(a, b, [](T x, T y) { return std::max(x, y); });
+    }
+    friend PlainLanes Sqrt(PlainLanes const& a) {
+        return {std::sqrt(a.lane[0]), std::sqrt(a.lane[1]), std::sqrt(a.lane[2]), std::sqrt(a.lane[3])};
+    }
+    /// Whether all twelve lanes are exactly 1.
+    friend bool AreOne(PlainLanes const& a, PlainLanes const& b, PlainLanes const& c) {
+        auto const areOne = [](PlainLanes const& p) {
+            return p.lane[0] == 1 && p.lane[1] == 1 && p.lane[2] == 1 && p.lane[3] == 1;
+        };
+        return areOne(a) && areOne(b) && areOne(c);
+    }
+    /// Writes lane i of `a` and of `b` to out[i * stride] and the place behind it.
+    friend void StorePairs(PlainLanes const& a, PlainLanes const& b, T* out, std::size_t stride) {
+        for (std::size_t i = 0; i < 4; ++i) {
+            out[i * stride] = a.lane[i];
+            out[i * stride + 1] = b.lane[i];
+        }
+    }
+};
+
+inline PlainLanes<double> Widen(PlainLanes<float> const& a) { return {a.lane[0], a.lane[1], a.lane[2], a.lane[3]}; }
+
+#if QUORLAN_HAS_SSE2
+
+struct Float4 {
+    __m128 v;
+
+    Float4() = default;
+    Float4(__m128 value) : v(value) {}
+    explicit Float4(float value) : v(_mm_set1_ps(value)) {}
+    Float4(float a, float b, float c, float d) : v(_mm_setr_ps(a, b, c, d)) {}
+
+    friend Float4 operator+(Float4 a, Float4 b) { return _mm_add_ps(a.v, b.v); }
+    friend Float4 operator-(Float4 a, Float4 b) { return _mm_sub_ps(a.v, b.v); }
+    friend Float4 operator*(Float4 a, Float4 b) { return _mm_mul_ps(a.v, b.v); }
+    friend Float4 operator/(Float4 a, Float4 b) { return _mm_div_ps(a.v, b.v); }
+    // std::min(a, b) keeps a unless b is smaller; the instruction keeps its second operand unless the first is smaller.
+    friend Float4 Min(Float4 a, Float4 b) { return _mm_min_ps(b.v, a.v); }
+    friend Float4 Max(Float4 a, Float4 b) { return _mm_max_ps(b.v, a.v); }
+    friend Float4 Sqrt(Float4 a) { return _mm_sqrt_ps(a.v); }
+    friend bool AreOne(Float4 a, Float4 b, Float4 c) {
+        __m128 const one = _mm_set1_ps(1);
+        return _mm_movemask_ps(_mm_and_ps(_mm_and_ps(_mm_cmpeq_ps(a.v, one), _mm_cmpeq_ps(b.v, one)),
+                                          _mm_cmpeq_ps(c.v, one))) == 0xF;
+    }
+};
+
+struct Double4 {
+    __m128d lo;
+    __m128d hi;
+
+    Double4() = default;
+    Double4(__m128d low, __m128d high) : lo(low), hi(high) {}
+    explicit Double4(double value) : lo(_mm_set1_pd(value)), hi(lo) {}
+    Double4(double a, double b, double c, double d) : lo(_mm_setr_pd(a, b)), hi(_mm_setr_pd(c, d)) {}
+
+    friend Double4 operator+(Double4 a, Double4 b) { return {_mm_add_pd(a.lo, b.lo), _mm_add_pd(a.hi, b.hi)}; }
+    friend Double4 operator-(Double4 a, Double4 b) { return {_mm_sub_pd(a.lo, b.lo), _mm_sub_pd(a.hi, b.hi)}; }
+    friend Double4 operator*(Double4 a, Double4 b) { return {_mm_mul_pd(a.lo, b.lo), _mm_mul_pd(a.hi, b.hi)}; }
+    friend Double4 operator/(Double4 a, Double4 b) { return {_mm_div_pd(a.lo, b.lo), _mm_div_pd(a.hi, b.hi)}; }
+    friend Double4 Min(Double4 a, Double4 b) { return {_mm_min_pd(b.lo, a.lo), _mm_min_pd(b.hi, a.hi)}; }
+    friend Double4 Max(Double4 a, Double4 b) { return {_mm_max_pd(b.lo, a.lo), _mm_max_pd(b.hi, a.hi)}; }
+    friend Double4 Sqrt(Double4 a) { return {_mm_sqrt_pd(a.lo), _mm_sqrt_pd(a.hi)}; }
+    friend bool AreOne(Double4 a, Double4 b, Double4 c) {
+        __m128d const one = _mm_set1_pd(1);
+        auto const areOne = [one](Double4 d) { return _mm_and_pd(_mm_cmpeq_pd(d.lo, one), _mm_cmpeq_pd(d.hi, one)); };
+        return _mm_movemask_pd(_mm_and_pd(_mm_and_pd(areOne(a), areOne(b)), areOne(c))) == 0x3;
+    }
+    friend void StorePairs(Double4 a, Double4 b, double* out, std::size_t stride) {
+        _mm_storeu_pd(out, _mm_unpacklo_pd(a.lo, b.lo));
+        _mm_storeu_pd(out + stride, _mm_unpackhi_pd(a.lo, b.lo));
+        _mm_storeu_pd(out + 2 * stride, _mm_unpacklo_pd(a.hi, b.hi));
+        _mm_storeu_pd(out + 3 * stride, _mm_unpackhi_pd(a.hi, b.hi));
+    }
+};
+
+inline Double4 Widen(Float4 a) { return {_mm_cvtps_pd(a.v), _mm_cvtps_pd(_mm_movehl_ps(a.v, a.v))}; }
+
+#else
+
+using Float4 = PlainLanes<float>;
+using Double4 = PlainLanes<double>;
+
+#endif
+
+/// Four vectors, component by component.
+template <class Lanes>
+struct VectorLanes {
+    Lanes x;
+    Lanes y;
+    Lanes z;
+
+    friend VectorLanes operator+(VectorLanes const& a, VectorLanes const& b) {
+        return {a.x + b.x, a.y + b.y, a.z + b.z};
+    }
+    friend VectorLanes operator*(VectorLanes const& a, Lanes const& k) { return {a.x * k, a.y * k, a.z * k}; }
+    friend VectorLanes operator/(VectorLanes const& a, Lanes const& k) { return {a.x / k, a.y / k, a.z / k}; }
+    friend Lanes Dot(VectorLanes const& a, VectorLanes const& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
+    friend VectorLanes Cross(VectorLanes const& a, VectorLanes const& b) {
+        return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+    }
+};
+
+inline VectorLanes<Double4> Widen(VectorLanes<Float4> const& a) { return {Widen(a.x), Widen(a.y), Widen(a.z)}; }
+
+inline VectorLanes<Float4> Broadcast(Vector3f const& v) { return {Float4(v.x), Float4(v.y), Float4(v.z)}; }
+inline VectorLanes<Double4> Broadcast(Vertex const& v) { return {Double4(v.x), Double4(v.y), Double4(v.z)}; }
+
+}  // namespace GeometryObjectLib
