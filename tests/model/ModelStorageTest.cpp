@@ -1,4 +1,5 @@
 #include "support/RawModel.h"
+#include "support/ReadEverything.h"
 #include "support/Shapes.h"
 #include "support/Transforms.h"
 
@@ -6,13 +7,13 @@
 #include <Quorlan/ModelStorage.h>
 #include <gtest/gtest.h>
 
-#include <cstring>
 #include <random>
 
 namespace {
 
 using namespace Quorlan;
 using Testing::RawModel;
+using TestSupport::ReadEverything;
 
 std::vector<char> WriteSmallModel() {
     ModelBuilder builder;
@@ -31,81 +32,6 @@ std::vector<char> WriteSmallModel() {
         histories.AddOwnerHistory(histories.AddOwnerPart({"a", "b", "c"}), histories.AddOwnerHistoryRecord({}), {});
     histories.LinkOwnerHistory(entity, history);
     return builder.Create();
-}
-
-/// Calls every operation of the readers with every index in range and one behind, and adds up what came back.
-std::size_t ReadEverything(IModelReader const& reader) {
-    std::size_t sum = 0;
-    auto const& entities = reader.GetEntities();
-    for (std::uint32_t i = 0; i <= entities.GetCount(); ++i) {
-        EntityIdentifier identifier;
-        std::wstring text;
-        _GUID guid;
-        std::string string;
-        GeometricKey key;
-        PlacementRecord placement;
-        entities.GetIdentifier(identifier, i);
-        entities.GetText(text, identifier.textReference);
-        entities.GetGuid(guid, identifier.reference);
-        entities.GetGuidText(string, identifier.reference);
-        entities.GetGeometricKey(key, identifier.reference);
-        sum += std::strlen(entities.GetIdentifierText(identifier.reference));
-        entities.GetIdentifierString(string, identifier.reference);
-        entities.GetPlacementRecord(placement, i);
-        sum += text.size() + string.size();
-        for (std::uint32_t j = 0; j <= reader.GetProperties().GetPropertyCount(EntityIndex_t{i}); ++j) {
-            PropertyRecord property;
-            reader.GetProperties().GetProperty(property, EntityIndex_t{i}, j);
-            sum += property.name.size();
-        }
-    }
-    auto const& geometry = reader.GetGeometry();
-    for (std::uint32_t i = 0; i <= geometry.GetInstanceCount(); ++i) {
-        InstanceRecord instance;
-        AffineTransform placement;
-        MaterialRecord material;
-        std::string layer;
-        geometry.GetInstance(instance, i);
-        geometry.GetPlacement(placement, instance.placementIndex);
-        geometry.GetMaterial(material, instance.materialIndex);
-        geometry.GetLayerName(layer, instance.layerIndex);
-        sum += layer.size();
-    }
-    for (std::uint32_t i = 0; i <= geometry.GetDefinitionCount(); ++i) {
-        DefinitionBounds bounds;
-        FacetedBRep brep;
-        GraphicsContainer graphics;
-        std::vector<Vertex> normals;
-        std::vector<std::pair<float, float>> uvs;
-        geometry.GetDefinitionBounds(bounds, i);
-        if (geometry.GetFacetedBRep(brep, i)) {
-            for (auto const& loop : brep.faces) {
-                for (auto const index : loop) EXPECT_LT(index, brep.vertices.size());
-            }
-        }
-        geometry.GetGraphicsContainer(graphics, i);
-        geometry.GetVertexNormals(normals, i);
-        geometry.GetTextureCoordinates(uvs, i);
-        sum += brep.vertices.size() + graphics.lines.size() + normals.size() + uvs.size();
-    }
-    for (std::uint32_t i = 0; i <= geometry.GetTextureCount(); ++i) {
-        Texture texture;
-        geometry.GetTexture(texture, i);
-        sum += texture.getData().size();
-    }
-    auto const& histories = reader.GetOwnerHistories();
-    for (std::uint32_t i = 0; i <= histories.GetLinkCount(); ++i) {
-        OwnerHistoryLink link;
-        OwnerPart part;
-        OwnerHistoryRecord record;
-        OwnerHistoryLinkRecord linkRecord;
-        histories.GetLink(link, i);
-        histories.GetOwnerPart(part, histories.GetOwnerPartIndex(link.reference));
-        histories.GetOwnerHistory(record, histories.GetOwnerHistoryIndex(link.reference));
-        histories.GetOwnerHistoryLinkRecord(linkRecord, link.reference);
-        sum += part.user.size() + linkRecord.lastModifyingUser.size();
-    }
-    return sum;
 }
 
 TEST(ModelStorage, AnEmptyBufferIsAnError) { EXPECT_TRUE(ModelStorage::FromBuffer({}).HasError()); }
