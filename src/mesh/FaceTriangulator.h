@@ -1,0 +1,51 @@
+#pragma once
+
+#include "mesh/ConvexEars.h"
+
+#include <GeometryObjectLib/Vector3f.h>
+
+#include <mapbox/earcut.hpp>
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace Quorlan::Tools {
+
+using GeometryObjectLib::Vector3f;
+
+/// The vertex indices of one loop.
+struct IndexLoop {
+    std::uint16_t const* indices = nullptr;
+    std::uint32_t size = 0;
+};
+
+/// Triangulates faces with earcut in a projection to their plane.
+class FaceTriangulator {
+public:
+    /// `loops` is the outer loop, then the holes; `normal` is the face's unit normal.
+    /// Returns triples of indices into the concatenated loops, in earcut's order, valid until the next call.
+    std::vector<std::uint16_t> const& Triangulate(std::vector<IndexLoop> const& loops, Vector3f const& normal,
+                                                  Vector3f const* positions);
+
+private:
+    /// Loops as earcut wants to see them.
+    struct Ring {
+        using value_type = PlanePoint;
+        PlanePoint const* points = nullptr;
+        std::size_t count = 0;
+
+        std::size_t size() const { return count; }
+        PlanePoint const& operator[](std::size_t i) const { return points[i]; }
+    };
+
+    std::vector<std::uint16_t> const& CutEars(std::vector<IndexLoop> const& loops, PlanePoint const* points);
+
+    std::vector<PlanePoint> points_;
+    std::vector<Ring> rings_;
+    std::vector<std::uint16_t> triangles_;
+    ConvexEars convexEars_;
+    mapbox::detail::Earcut<std::uint16_t> earcut_;  ///< reused, as its result keeps its memory
+};
+
+}  // namespace Quorlan::Tools

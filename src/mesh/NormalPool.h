@@ -1,0 +1,72 @@
+#pragma once
+
+#include <GeometryObjectLib/Vector3f.h>
+
+#include <array>
+#include <cstdint>
+#include <memory>
+#include <vector>
+
+namespace Quorlan::Tools {
+
+using GeometryObjectLib::Vector3f;
+
+/// Not so for a vector with a component that is infinite or not a number: such a normal equals none, itself included.
+inline bool IsFinite(Vector3f const& v) { return v.x - v.x == 0 && v.y - v.y == 0 && v.z - v.z == 0; }
+
+/// The distinct normals of one mesh, in order of their first use.
+///
+/// A search tree over the axes x, y, z in turn (Bentley, "Multidimensional Binary Search Trees Used for Associative
+/// Searching", 1975) in which a search stops at the first node on its way that is closer than 1e-5. Which of several
+/// close normals answers, and whether one on the other side of a node's plane is found, thus depends on the order of
+/// insertion: the tree is part of the result. What stands in front of it gives its answers, only sooner.
+class NormalPool {
+public:
+    static constexpr std::uint16_t kNone = 65535;
+
+    NormalPool();
+
+    /// Forgets all normals; memory is kept.
+    void Clear();
+
+    std::uint32_t GetSize() const { return size_; }
+    Vector3f const& Get(std::uint32_t index) const { return At(index).normal; }
+
+    /// The index of the pooled normal that the tree gives for `normal`, which is added if there is none; kNone if it
+    /// would be the 65536th.
+    std::uint16_t FindOrAdd(Vector3f const& normal);
+
+    /// True only if FindOrAdd(normal) is certain to return `index`. Cheap.
+    bool IsCertain(std::uint16_t index, Vector3f const& normal) const;
+
+private:
+    static constexpr std::uint32_t kBlockSize = 512;
+    static constexpr std::uint32_t kRecentBits = 9;
+
+    struct Node {
+        Vector3f normal;
+        std::uint16_t index;
+        bool isRoomy;  ///< every search for a normal within kNear of this one ends here
+        Node* children[2];
+    };
+
+    /// A search that was answered: the same bits always get the same answer.
+    struct Recent {
+        Vector3f normal;
+        std::uint16_t index;
+        std::uint16_t generation;
+    };
+
+    Node const& At(std::uint32_t index) const { return blocks_[index / kBlockSize][index % kBlockSize]; }
+    Recent& RecentSlot(Vector3f const& normal);
+    std::uint16_t Search(Vector3f const& normal);
+    Node* Add(Vector3f const& normal, bool isRoomy);
+
+    std::vector<std::unique_ptr<Node[]>> blocks_;
+    std::uint32_t size_ = 0;
+    Node* root_ = nullptr;
+    std::uint16_t generation_ = 1;
+    std::array<Recent, 1u << kRecentBits> recent_;
+};
+
+}  // namespace Quorlan::Tools
