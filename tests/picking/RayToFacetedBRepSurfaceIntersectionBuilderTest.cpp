@@ -1,4 +1,5 @@
-#include "support/Solids.h"
+#include "picking/FaceWithHole.h"
+#include "support/Shapes.h"
 
 #include <Tools/Picking/RayToFacetedBRepSurfaceIntersectionBuilder.h>
 
@@ -13,9 +14,9 @@ namespace {
 using namespace Quorlan::Tools::Picking;
 using GeometryObjectLib::Vertex;
 using Builder = RayToFacetedBRepSurfaceIntersectionBuilder;
-using Quorlan::Testing::MakeBox;
-using Quorlan::Testing::MakePlateWithHole;
-using Quorlan::Testing::MakeUnitCube;
+using Quorlan::Testing::MakeFaceWithHole;
+using TestSupport::MakeBox;
+using TestSupport::MakeUnitCube;
 
 constexpr float kLargest = std::numeric_limits<float>::max();
 
@@ -48,7 +49,7 @@ TEST(RayToFacetedBRepSurfaceIntersectionBuilder, IsBornWithZeros) {
 TEST(RayToFacetedBRepSurfaceIntersectionBuilder, CubeIsHitOnTheSideThatFacesTheRay) {
     Builder builder;
     ASSERT_TRUE(builder.Build({{5, 0.25f, 0.75f}, {-2, 0, 0}}, {}, MakeUnitCube()));
-    EXPECT_EQ(builder.GetWireIndex(), 1u);
+    EXPECT_EQ(builder.GetWireIndex(), 3u);
     EXPECT_EQ(builder.GetRayParameter(), 2);
     EXPECT_EQ(builder.GetPosition().x, 1);
     EXPECT_EQ(builder.GetPosition().y, 0.25f);
@@ -119,15 +120,15 @@ TEST(RayToFacetedBRepSurfaceIntersectionBuilder, LastOfSeveralFacesWinsWhateverI
 
 TEST(RayToFacetedBRepSurfaceIntersectionBuilder, RayThroughAHoleMissesTheFace) {
     Builder builder;
-    EXPECT_FALSE(builder.Build({{2, 2, 5}, {0, 0, -1}}, {}, MakePlateWithHole(0)));
+    EXPECT_FALSE(builder.Build({{2, 2, 5}, {0, 0, -1}}, {}, MakeFaceWithHole(0)));
     ExpectMiss(builder);
-    ASSERT_TRUE(builder.Build({{0.5f, 2, 5}, {0, 0, -1}}, {}, MakePlateWithHole(0)));
+    ASSERT_TRUE(builder.Build({{0.5f, 2, 5}, {0, 0, -1}}, {}, MakeFaceWithHole(0)));
     EXPECT_EQ(builder.GetRayParameter(), 5);
 }
 
 TEST(RayToFacetedBRepSurfaceIntersectionBuilder, PiercedHoleExcludesItsFaceWhole) {
     // The hole stands off its face: its plane is pierced inside it, and the face is excluded although the ray meets it.
-    FacetedBRep plate = MakePlateWithHole(0);
+    FacetedBRep plate = MakeFaceWithHole(0);
     for (std::size_t i = 4; i < 8; ++i) plate.vertices[i].z = 1;
     Builder builder;
     EXPECT_FALSE(builder.Build({{2, 2, 5}, {0, 0, -1}}, {}, plate));
@@ -136,7 +137,7 @@ TEST(RayToFacetedBRepSurfaceIntersectionBuilder, PiercedHoleExcludesItsFaceWhole
 }
 
 TEST(RayToFacetedBRepSurfaceIntersectionBuilder, HoleThatClippingTakesAwayExcludesNothing) {
-    FacetedBRep plate = MakePlateWithHole(0);
+    FacetedBRep plate = MakeFaceWithHole(0);
     for (std::size_t i = 4; i < 8; ++i) plate.vertices[i].z = 1;
     Builder builder;
     ASSERT_TRUE(builder.Build({{2, 2, 5}, {0, 0, -1}}, {{{0, 0, 1}, 0.5f}}, plate));
@@ -144,10 +145,10 @@ TEST(RayToFacetedBRepSurfaceIntersectionBuilder, HoleThatClippingTakesAwayExclud
 }
 
 TEST(RayToFacetedBRepSurfaceIntersectionBuilder, HolesExcludeTheirOwnFacesOnly) {
-    FacetedBRep plates = MakePlateWithHole(0);
+    FacetedBRep plates = MakeFaceWithHole(0);
     for (double const z : {1.0, 2.0}) {
         auto const first = static_cast<std::uint32_t>(plates.vertices.size());
-        for (auto const& vertex : MakePlateWithHole(z).vertices) plates.vertices.push_back(vertex);
+        for (auto const& vertex : MakeFaceWithHole(z).vertices) plates.vertices.push_back(vertex);
         plates.faces.push_back({first, first + 1, first + 2, first + 3});
         if (z == 2.0) plates.holes[2] = {{first + 4, first + 5, first + 6, first + 7}};
     }
@@ -195,12 +196,14 @@ TEST(RayToFacetedBRepSurfaceIntersectionBuilder, ConcaveFaceIsHitInsideItsOutlin
     EXPECT_FALSE(builder.Build({{2, 2, 1}, {0, 0, -1}}, {}, shape));
 }
 
-/// Which face of a box a ray enters through, by slabs in double precision; -1 for none.
+/// Which face of a box a ray enters through, by slabs in double precision; -1 for none. The faces are -z, +z, -y, +x,
+/// +y, -x.
 int EnterBox(Vertex const& lo, Vertex const& hi, Vertex const& o, Vertex const& d, double& t, double& margin) {
     double const low[] = {lo.x, lo.y, lo.z};
     double const high[] = {hi.x, hi.y, hi.z};
     double const from[] = {o.x, o.y, o.z};
     double const along[] = {d.x, d.y, d.z};
+    constexpr int kEntered[3][2] = {{5, 3}, {2, 4}, {0, 1}};
     double enter = -1e300;
     double leave = 1e300;
     int face = -1;
@@ -208,7 +211,7 @@ int EnterBox(Vertex const& lo, Vertex const& hi, Vertex const& o, Vertex const& 
         double const first = ((along[axis] > 0 ? low : high)[axis] - from[axis]) / along[axis];
         double const second = ((along[axis] > 0 ? high : low)[axis] - from[axis]) / along[axis];
         margin = std::min(margin, std::abs(first - enter));
-        if (first > enter) face = 2 * axis + (along[axis] > 0 ? 0 : 1);
+        if (first > enter) face = kEntered[axis][along[axis] > 0 ? 0 : 1];
         enter = std::max(enter, first);
         leave = std::min(leave, second);
     }

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "picking/ModelRay.h"
+
+#include <GeometryObjectLib/QuantizedAxisAlignedBoxTree.h>
+
+#include <cstddef>
+#include <vector>
+
+/// Queries of the tree over a model's instances. All of them list the items of leaves in the tree's depth-first order
+/// and work relative to the tree's origin, which is subtracted in double precision before anything is narrowed.
+namespace Quorlan::Tools::Picking {
+
+using GeometryObjectLib::QuantizedAxisAlignedBoxTree;
+
+/// The items whose boxes the ray meets. The ray is a half line.
+std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray);
+
+/// The items whose boxes are not wholly outside one of the four planes. The planes are relative to the tree's origin.
+std::vector<unsigned> FindItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes);
+
+/// Of those items the at most `limit` whose boxes' centres lie nearest to the ray, nearest first; of equal distances,
+/// the first in the tree.
+std::vector<unsigned> FindNearestItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree,
+                                               std::vector<Plane3f> const& planes, ModelRay const& ray,
+                                               std::size_t limit);
+
+}  // namespace Quorlan::Tools::Picking
