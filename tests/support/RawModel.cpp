@@ -172,8 +172,8 @@ std::vector<char> RawModel::Write() const {
     Offset<Schema::Entities> entitiesTable = 0;
     if (hasEntities) {
         auto const records =
-            WriteStructs<Schema::EntityRecord>(builder, entities, [](PlacementRecord const& placement) {
-                return Schema::EntityRecord(4, kInvalidIndex, kInvalidIndex, 0, ToSchema(placement));
+            WriteStructs<Schema::EntityRecord>(builder, entities, [this](PlacementRecord const& placement) {
+                return Schema::EntityRecord(entityKind, kInvalidIndex, kInvalidIndex, 0, ToSchema(placement));
             });
         entitiesTable = Schema::CreateEntities(builder, records);
     }

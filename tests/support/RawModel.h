@@ -69,6 +69,7 @@ struct RawModel {
     std::string identifier = "QLN8";  ///< four characters
     bool hasEntities = true;
     bool hasGeometry = true;
+    std::uint32_t entityKind = 4;  ///< of all entities; their identifiers lead nowhere
 
     std::optional<std::vector<PlacementRecord>> entities{std::in_place};  ///< one record per entity, no identifiers
     std::optional<std::vector<PlacementRecord>> placements{std::in_place};
