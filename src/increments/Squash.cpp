@@ -1,0 +1,81 @@
+#include <Tools/Increments/Squash.h>
+
+#include "increments/BaseModel.h"
+#include "increments/EntityPlan.h"
+
+#include <Tools/Increments/IncrementModelBuilder.h>
+
+#include <utility>
+
+namespace Quorlan::Tools::Increments {
+namespace {
+
+using Action = OwnerHistoryChangeAction;
+
+/// The GUIDs that two increments modify and delete together. The rules are their own; they do not follow the plan.
+struct ChangeLists {
+    std::vector<_GUID> modified;
+    std::vector<_GUID> deleted;
+
+    ChangeLists(EntityGuidIndex const& base, EntityGuidIndex const& increment) {
+        for (auto const& entry : base.GetEntries()) {
+            if (increment.Find(entry.guid) != nullptr) continue;
+            if (entry.action == Action::MODIFIED) modified.push_back(entry.guid);
+            if (entry.action == Action::DELETED) deleted.push_back(entry.guid);
+        }
+        for (auto const& entry : increment.GetEntries()) {
+            auto const* const before = base.Find(entry.guid);
+            if (IsModified(before, entry.action)) modified.push_back(entry.guid);
+            if (IsDeleted(before, entry.action)) deleted.push_back(entry.guid);
+        }
+    }
+
+private:
+    using Entry = EntityGuidIndex::entry_s;
+
+    static bool IsModified(Entry const* before, Action action) {
+        if (action == Action::MODIFIED) return before == nullptr || before->action != Action::ADDED;
+        if (action != Action::ADDED || before == nullptr) return false;
+        return before->action == Action::MODIFIED || before->action == Action::DELETED;
+    }
+
+    static bool IsDeleted(Entry const* before, Action action) {
+        if (action != Action::DELETED) return false;
+        return before == nullptr || (before->action != Action::NOCHANGE && before->action != Action::ADDED);
+    }
+};
+
+}  // namespace
+
+bool Squash::Build(std::vector<char> const& base, std::vector<char> const& increment) {
+    ModelStorage const earlier = OpenBase(base);
+    if (earlier.HasError()) {
+        error_ = "base is invalid";
+        return false;
+    }
+    ModelStorage const later = ModelStorage::FromBuffer(increment);
+    if (later.HasError()) {
+        error_ = "increment is invalid";
+        return false;
+    }
+    IModelReader const& earlierReader = earlier.GetModelReader();
+    IModelReader const& laterReader = later.GetModelReader();
+    EntityGuidIndex const earlierIndex(earlierReader);
+    EntityGuidIndex const laterIndex(laterReader);
+    ChangeLists lists(earlierIndex, laterIndex);
+    EntityPlan const plan(earlierIndex, laterIndex);
+
+    IncrementModelBuilder builder;
+    builder.Add(earlierReader, plan.fromBase);
+    builder.Add(laterReader, plan.fromIncrement);
+    result_ = builder.GetResult();
+    deleted_ = std::move(lists.deleted);
+    modified_ = std::move(lists.modified);
+    return true;
+}
+
+std::vector<char> Squash::GetResult() { return std::exchange(result_, {}); }
+std::vector<_GUID> Squash::GetDeleted() { return std::exchange(deleted_, {}); }
+std::vector<_GUID> Squash::GetModified() { return std::exchange(modified_, {}); }
+
+}  // namespace Quorlan::Tools::Increments
