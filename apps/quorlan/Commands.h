@@ -6,5 +6,10 @@
 namespace QuorlanProgram {
 
 Run DeclareSample(CLI::App& app);
+Run DeclareInfo(CLI::App& app);
+Run DeclareBoxes(CLI::App& app);
+Run DeclarePlacements(CLI::App& app);
+Run DeclarePick(CLI::App& app);
+Run DeclareRender(CLI::App& app);
 
 }  // namespace QuorlanProgram

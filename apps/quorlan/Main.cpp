@@ -14,6 +14,11 @@ namespace {
 
 std::vector<Command> const kCommands = {
     {"sample", "Write the sample building", &DeclareSample},
+    {"info", "Say what a model holds", &DeclareInfo},
+    {"boxes", "List the world boxes of all instances", &DeclareBoxes},
+    {"placements", "List the world placements of all instances", &DeclarePlacements},
+    {"pick", "Say what stands under a pixel", &DeclarePick},
+    {"render", "Cast a picture of a model", &DeclareRender},
 };
 
 /// Prints one line to stderr.
@@ -66,11 +71,11 @@ int Main(int argc, char** argv) {
     try {
         CheckCommandName(argc, argv);
         program.parse(argc, argv);
+        for (std::size_t i = 0; i < runs.size(); ++i) {
+            if (program.got_subcommand(kCommands[i].name)) return FinishStdout(runs[i]());
+        }
     } catch (CLI::ParseError const& error) {
         return ReportUsage(program, error);
-    }
-    for (std::size_t i = 0; i < runs.size(); ++i) {
-        if (program.got_subcommand(kCommands[i].name)) return FinishStdout(runs[i]());
     }
     return kWrongUsage;
 }

@@ -3,9 +3,12 @@
 #include "Command.h"
 
 #include <Quorlan/ModelValidator.h>
+#include <Tools/BoundingBoxBuilder.h>
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <filesystem>
@@ -15,6 +18,8 @@
 
 namespace QuorlanProgram {
 namespace {
+
+using GeometryObjectLib::AxisAlignedBox3;
 
 constexpr std::size_t kChunk = std::size_t{1} << 20;
 constexpr std::size_t kMaxModelSize = std::size_t{1} << 31;
@@ -57,6 +62,28 @@ ModelFile ModelFile::Load(std::string const& path) {
     auto storage = Quorlan::ModelStorage::FromBuffer(bytes);
     if (storage.HasError()) throw Failure(fmt::format("{}: is no model", path));
     return {path, std::move(bytes), std::move(storage)};
+}
+
+std::vector<AxisAlignedBox3> ComputeWorldBoxes(std::vector<char> const& model) {
+    Quorlan::Tools::BoundingBoxBuilder builder;
+    std::vector<AxisAlignedBox3> boxes;
+    if (!builder.Build(model.data())) return boxes;
+    for (auto const& box : builder.getBoundingBoxes()) {
+        auto const min = box.GetMin(), max = box.GetMax();
+        if (std::isfinite(min.x + min.y + min.z + max.x + max.y + max.z)) boxes.push_back(box);
+    }
+    return boxes;
+}
+
+std::optional<AxisAlignedBox3> Unite(std::vector<AxisAlignedBox3> const& boxes) {
+    if (boxes.empty()) return std::nullopt;
+    auto lo = boxes.front().GetMin(), hi = boxes.front().GetMax();
+    for (auto const& box : boxes) {
+        auto const min = box.GetMin(), max = box.GetMax();
+        lo = {std::min(lo.x, min.x), std::min(lo.y, min.y), std::min(lo.z, min.z)};
+        hi = {std::max(hi.x, max.x), std::max(hi.y, max.y), std::max(hi.z, max.z)};
+    }
+    return AxisAlignedBox3::FromCorners(lo, hi);
 }
 
 }  // namespace QuorlanProgram

@@ -1,7 +1,9 @@
 #pragma once
 
+#include <GeometryObjectLib/AxisAlignedBox3.h>
 #include <Quorlan/ModelStorage.h>
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -27,5 +29,11 @@ private:
     std::vector<char> bytes_;
     Quorlan::ModelStorage storage_;
 };
+
+/// The world boxes of a sound model's instances, but for those that are nowhere because their placement is degenerate.
+std::vector<GeometryObjectLib::AxisAlignedBox3> ComputeWorldBoxes(std::vector<char> const& model);
+
+/// The box around all boxes; empty for none.
+std::optional<GeometryObjectLib::AxisAlignedBox3> Unite(std::vector<GeometryObjectLib::AxisAlignedBox3> const& boxes);
 
 }  // namespace QuorlanProgram

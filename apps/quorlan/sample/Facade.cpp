@@ -47,7 +47,7 @@ GeometryDefinitionIndex_t PanelOf(SampleModel& model, Bay const& bay) {
 
 void AddBalcony(SampleModel& model, std::string const& name, AffineTransform const& placement) {
     auto balcony = model.AddEntity(name, Layer::Structure, placement);
-    balcony.AddBox({kBalcony.left, kBalcony.bottom, -0.2}, {kBalcony.right, -0.08, -0.02}, Material::Trim);
+    balcony.AddBox({kBalcony.left, kBalcony.bottom, -0.2}, {kBalcony.right, -0.08, -0.02}, Material::Concrete);
     balcony.SetProperty("Balcony", "Area", (kBalcony.right - kBalcony.left) * kBalconyDepth);
     auto const front = kBalcony.bottom + 0.06, level = -0.02;
     AddRailing(model, name + ", railing front", Compose(placement, At({kBalcony.left + 0.06, front, level})),

@@ -22,15 +22,15 @@ std::vector<std::pair<double, double>> SphereProfile(double radius, std::uint32_
 
 void AddGround(SampleModel& model) {
     auto ground = model.AddEntity("Ground", Layer::Site, At({0, 0, kGround}), OwnerHistoryChangeAction::NOCHANGE);
-    ground.AddBox({-16, -20, -0.4}, {40, 31, 0}, Material::Grass);
+    ground.AddBox({-11, -15, -0.4}, {35, 25, 0}, Material::Grass);
     auto const paving = model.Shape("paving", [] { return MakeTextured(MakeBox({29, 20, 0.08}), 1.2, 1.2); });
     ground.Add(paving, Material::Paving, At({-2.5, -2.5, 0}));
-    ground.AddBox({7.5, -13.6, 0}, {10.5, -2.5, 0.06}, Material::Paving);
-    ground.AddBox({-16, -19.2, 0.001}, {40, -13.6, 0.04}, Material::Gravel);
-    for (std::uint32_t i = 0; i < 12; ++i) {
-        ground.AddBox({-14.6 + 4.6 * i, -16.5, 0.041}, {-12.4 + 4.6 * i, -16.38, 0.046}, Material::White);
+    ground.AddBox({7.5, -9.4, 0}, {10.5, -2.5, 0.06}, Material::Paving);
+    ground.AddBox({-11, -14.4, 0.001}, {35, -9.4, 0.04}, Material::Gravel);
+    for (std::uint32_t i = 0; i < 10; ++i) {
+        ground.AddBox({-9.8 + 4.6 * i, -11.96, 0.041}, {-7.6 + 4.6 * i, -11.84, 0.046}, Material::White);
     }
-    ground.SetProperty("Site", "Area", 56.0 * 51.0);
+    ground.SetProperty("Site", "Area", 46.0 * 40.0);
 
     auto entrance = model.AddEntity("Canopy", Layer::Structure, At({9, 0, 0}));
     entrance.AddBox({-2.0, -2.2, 2.72}, {2.0, -0.07, 2.88}, Material::Metal);
@@ -54,14 +54,14 @@ void AddTree(SampleModel& model, std::uint32_t number, Vertex const& position) {
 }
 
 void AddGarden(SampleModel& model) {
-    Vertex const trees[] = {{-7, -6, 0}, {-8, 3, 0},  {-7, 12, 0}, {-5, 22, 0}, {4, 24, 0},  {14, 25, 0},
-                            {24, 23, 0}, {33, 20, 0}, {34, 8, 0},  {33, -3, 0}, {26, -9, 0}, {-2, -9.5, 0}};
+    Vertex const trees[] = {{-7, -5.5, 0}, {-7.5, 3, 0},  {-7, 12, 0}, {-5.5, 21, 0}, {4, 21.5, 0},  {14, 22, 0},
+                            {24, 21, 0},   {31.5, 19, 0}, {32, 8, 0},  {31.5, -2, 0}, {25, -6.5, 0}, {-1, -6.8, 0}};
     std::uint32_t number = 0;
     for (auto const& tree : trees) AddTree(model, ++number, {tree.x, tree.y, kGround});
 
     auto const globe = model.Shape("globe", [] { return MakeLathe(SphereProfile(0.2, 8), 12); });
     for (std::uint32_t i = 0; i < 4; ++i) {
-        model.AddEntity("Street lamp " + std::to_string(i + 1), Layer::Site, At({-10.0 + 13.5 * i, -12.6, kGround}))
+        model.AddEntity("Street lamp " + std::to_string(i + 1), Layer::Site, At({-8.0 + 12.5 * i, -9.1, kGround}))
             .Add(model.Cylinder(0.05, 3.6), Material::Metal)
             .Add(globe, Material::White, At({0, 0, 3.75}));
         auto bench = model.AddEntity("Bench " + std::to_string(i + 1), Layer::Site,
@@ -70,8 +70,8 @@ void AddGarden(SampleModel& model) {
         for (double const x : {0.1, 1.6}) bench.AddBox({x, 0.03, 0}, {x + 0.1, 0.42, 0.42}, Material::Concrete);
     }
     for (std::uint32_t i = 0; i < 2; ++i) {
-        model.AddEntity("Hedge " + std::to_string(i + 1), Layer::Site, At({i == 0 ? -15.0 : 11.5, -12.0, kGround}))
-            .AddBox({0, 0, 0}, {i == 0 ? 21.5 : 27.0, 0.8, 0.9}, Material::Leaves);
+        model.AddEntity("Hedge " + std::to_string(i + 1), Layer::Site, At({i == 0 ? -10.4 : 11.5, -8.6, kGround}))
+            .AddBox({0, 0, 0}, {i == 0 ? 17.0 : 23.0, 0.7, 0.9}, Material::Leaves);
     }
 }
 
@@ -95,7 +95,7 @@ void AddAnnotations(SampleModel& model) {
         AddAxis(model, std::string(1, static_cast<char>('A' + i)), {kWidth + 2, 7.5 * i, 0.02}, {-4, 7.5 * i, 0.02});
     }
     auto const mark = model.Shape("survey mark", [] { return MakeLathe({{0.12, 0}, {0, 0.25}}, 8); });
-    Vertex const position{-12, -11, kGround};
+    Vertex const position{-10, -8, kGround};
     auto const& origin = model.GetOptions().origin;
     auto const world = origin + position;
     Quorlan::GeometricKey const key{{world.x, world.y, world.z}, {0.12f, 0.12f, 0.25f, 0, 0, 0, 0, 1}};
