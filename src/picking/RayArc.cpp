@@ -157,6 +157,10 @@ ArcPoint ClosestOfStationaryPoints(PlacedArc const& arc, Line const& line) {
     return best;
 }
 
+/// [-] What a distance is wrong by at most, in shares of itself when it is narrowed, and of the origin's distance.
+constexpr double kNarrowingShare = 1e-6;
+constexpr double kFarOriginShare = 1e-12;
+
 }  // namespace
 
 ClosestPoint ClosestPointPointArc(Vertex const& point, ArcSegment const& arc) {
@@ -175,6 +179,15 @@ ClosestPoint ClosestPointRayArc(Ray3f const& ray, ArcSegment const& arc) {
         return Narrowed(placed.ClosestTo(PlaneParallelCandidate(placed, line)));
     }
     return Narrowed(ClosestOfStationaryPoints(placed, line));
+}
+
+bool IsArcBeyond(Ray3f const& ray, ArcSegment const& arc, float distance) {
+    Vertex const direction = ToVertex(ray.direction);
+    Vertex const fromCenter = ToVertex(ray.origin) - arc.center;
+    Vertex const cross = Cross(fromCenter, direction);
+    double const originDistance = std::abs(fromCenter.x) + std::abs(fromCenter.y) + std::abs(fromCenter.z);
+    double const reach = (distance + std::abs(arc.radius)) * (1 + kNarrowingShare) + kFarOriginShare * originDistance;
+    return Dot(cross, cross) > reach * reach * Dot(direction, direction);
 }
 
 }  // namespace Quorlan::Tools::Picking

@@ -43,12 +43,16 @@ bool RayToGraphicsContainerBuilder::Build(glm::vec3 const& origin, glm::vec3 con
             nearestPoint_ = ToGlm(candidate.point);
             hitSegmentNumber_ = number;
         }
-        ++number;
     };
     for (auto const* const segment : *container->segments()) {
         offer(ClosestPointRaySegment(ray, Quorlan::ToVector3f(segment->start()), Quorlan::ToVector3f(segment->end())));
+        ++number;
     }
-    for (auto const* const arc : *container->arcs()) offer(ClosestPointRayArc(ray, ToArcSegment(*arc)));
+    for (auto const* const stored : *container->arcs()) {
+        ArcSegment const arc = ToArcSegment(*stored);
+        if (!IsArcBeyond(ray, arc, best)) offer(ClosestPointRayArc(ray, arc));
+        ++number;
+    }
 
     rayParameter_ = Dot(ToVector3f(nearestPoint_) - ray.origin, ray.direction);
     return best != std::numeric_limits<float>::max();

@@ -24,6 +24,9 @@ using GeometryObjectLib::Vertex;
 
 inline glm::vec3 ToGlm(Vector3f const& v) { return {v.x, v.y, v.z}; }
 inline Vertex ToVertex(Vector3f const& v) { return {v.x, v.y, v.z}; }
+inline Vector3f Narrow(Vertex const& v) {
+    return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
+}
 inline std::vector<glm::vec4> ToGlm(std::vector<Plane3f> const& planes) {
     std::vector<glm::vec4> out;
     for (Plane3f const& plane : planes) {
@@ -92,9 +95,7 @@ inline RawBRep ToRawBRep(FacetedBRep const& brep) {
         return out;
     };
     RawBRep raw;
-    for (Vertex const& v : brep.vertices) {
-        raw.vertices->push_back({static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)});
-    }
+    for (Vertex const& v : brep.vertices) raw.vertices->push_back(Narrow(v));
     for (auto const& loop : brep.faces) raw.faces->push_back(narrow(loop));
     raw.holes.emplace();
     for (auto const& [face, loops] : brep.holes) {

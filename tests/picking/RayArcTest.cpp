@@ -1,6 +1,9 @@
 #include "picking/RayArc.h"
 
+#include "picking/ClippingPlanes.h"
 #include "picking/EdgeScenes.h"
+
+#include <Tools/Picking/RayToGraphicsContainerBuilder.h>
 
 #include <gtest/gtest.h>
 
@@ -17,6 +20,7 @@ using GeometryObjectLib::ArcSegment;
 using Tools::Picking::ClosestPoint;
 using Tools::Picking::ClosestPointPointArc;
 using Tools::Picking::ClosestPointRayArc;
+using Tools::Picking::IsArcBeyond;
 
 constexpr double kPi = 3.141592653589793;
 constexpr double kTurn = 2 * kPi;
@@ -260,10 +264,8 @@ TEST(ClosestPointRayArc, WholeCirclesInSpecialPositionsGetTheTrueMinimum) {
     RandomScene random(kSeed);
     for (int i = 0; i < 60; ++i) {
         ArcSegment const arc = RandomArc(random, 5, 7);
-        Vector3f const center{static_cast<float>(arc.center.x), static_cast<float>(arc.center.y),
-                              static_cast<float>(arc.center.z)};
-        Vector3f const axis{static_cast<float>(arc.axis.x), static_cast<float>(arc.axis.y),
-                            static_cast<float>(arc.axis.z)};
+        Vector3f const center = Narrow(arc.center);
+        Vector3f const axis = Narrow(arc.axis);
         Vector3f const direction = random.Direction();
         Vector3f const nearAxis = axis + 1e-4f * direction;
         Vector3f const inPlane = Cross(axis, direction);
@@ -311,6 +313,65 @@ TEST(ClosestPointRayArc, PlaneParallelPartialArcsDeviateUpwardsNeverDownwards) {
         farAbove += excess > 0.01;
     }
     EXPECT_GT(farAbove, kCount / 5);
+}
+
+TEST(IsArcBeyond, NeverTrueForAnArcThatIsAsNearAsTheDistance) {
+    constexpr std::uint32_t kSeed = 4425;
+    SCOPED_TRACE(kSeed);
+    RandomScene random(kSeed);
+    int beyond = 0;
+    for (int i = 0; i < 20000; ++i) {
+        float const size = i % 2 == 0 ? 5 : 1e-2f;
+        ArcSegment const arc = RandomArc(random, size, random.Between(-1, 7));
+        Ray3f const ray = random.Ray(i % 3 == 0 ? 1e5f : 4 * size);
+        float const distance = ClosestPointRayArc(ray, arc).distance;
+        ASSERT_FALSE(IsArcBeyond(ray, arc, distance)) << i;
+        beyond += IsArcBeyond(ray, arc, 0.5f * distance);
+    }
+    EXPECT_GT(beyond, 5000);
+}
+
+TEST(IsArcBeyond, PassingOverDistantArcsDoesNotChangeWhatTheBuilderFinds) {
+    constexpr std::uint32_t kSeed = 4426;
+    SCOPED_TRACE(kSeed);
+    RandomScene random(kSeed);
+    for (int i = 0; i < 300; ++i) {
+        RawGraphics graphics;
+        Ray3f const ray = random.Ray(20);
+        auto const planes = random.Planes(3, 8);
+        ClosestPoint best{{}, std::numeric_limits<float>::max()};
+        unsigned number = 0;
+        for (unsigned k = 0; k < 20; ++k) {
+            ArcSegment const arc = RandomArc(random, k % 2 == 0 ? 8 : 1, random.Between(0, 7));
+            graphics.arcs->push_back({Narrow(arc.center), Narrow(arc.axis), Narrow(arc.startDirection),
+                                      static_cast<float>(arc.radius), static_cast<float>(arc.sweepAngle)});
+            ClosestPoint const found = ClosestPointRayArc(ray, arc);
+            if (found.distance < best.distance && !Tools::Picking::IsClipped(planes, found.point)) {
+                best = found;
+                number = k;
+            }
+        }
+        RawModel model;
+        model.graphicsContainers = {{graphics}};
+        Tools::Picking::RayToGraphicsContainerBuilder builder;
+        bool const isFound = best.distance < std::numeric_limits<float>::max();
+        ASSERT_EQ(builder.Build(ToGlm(ray.origin), ToGlm(ray.direction), ToGlm(planes), model.Write(), 0), isFound);
+        ASSERT_EQ(builder.HitSegmentNumber(), number) << i;
+        ASSERT_EQ(builder.GetNearestPoint(), ToGlm(best.point)) << i;
+    }
+}
+
+TEST(IsArcBeyond, AGrazingCircleIsNotBeyond) {
+    EXPECT_FALSE(IsArcBeyond({{-5, 3, 0}, {1, 0, 0}}, Flat(1, kTurn), 2));
+    EXPECT_TRUE(IsArcBeyond({{-5, 3, 0}, {1, 0, 0}}, Flat(1, kTurn), 1.99f));
+    EXPECT_TRUE(IsArcBeyond({{-5, 3, 0}, {7, 0, 0}}, Flat(1, kTurn), 1.99f));
+}
+
+TEST(IsArcBeyond, NothingIsBeyondTheLargestFloatAndNothingThatIsNotANumber) {
+    float const nan = std::numeric_limits<float>::quiet_NaN();
+    EXPECT_FALSE(IsArcBeyond({{1e30f, 3, 0}, {0, 1, 0}}, Flat(1, 1), std::numeric_limits<float>::max()));
+    EXPECT_FALSE(IsArcBeyond({{nan, 3, 0}, {1, 0, 0}}, Flat(1, 1), 0.1f));
+    EXPECT_FALSE(IsArcBeyond({{-5, 3, 0}, {1, 0, 0}}, Flat(nan, 1), 0.1f));
 }
 
 }  // namespace Quorlan::Testing
