@@ -1,5 +1,7 @@
 #include "cli/Program.h"
 
+#include <regex>
+
 namespace Quorlan::Testing {
 namespace {
 
@@ -18,6 +20,19 @@ TEST(Usage, HelpNamesEveryCommandAndEveryCommandHasHelp) {
         EXPECT_EQ(run.exitCode, 0);
         EXPECT_NE(run.out.find("Usage: quorlan " + command), std::string::npos) << run.out;
         EXPECT_EQ(run.err, "");
+    }
+}
+
+TEST(Usage, TheCommandReferenceNamesEveryOption) {
+    auto const bytes = ReadBytes(QUORLAN_COMMAND_REFERENCE);
+    std::string const reference(bytes.begin(), bytes.end());
+    std::regex const option("--[a-z][a-z-]*");
+    for (std::string const command : {"sample", "info", "boxes", "placements", "pick", "render"}) {
+        EXPECT_NE(reference.find("quorlan " + command + " "), std::string::npos) << command;
+        auto const help = RunQuorlan({command, "--help"}).out;
+        for (std::sregex_iterator i(help.begin(), help.end(), option), end; i != end; ++i) {
+            EXPECT_NE(reference.find(i->str()), std::string::npos) << command << " " << i->str();
+        }
     }
 }
 
