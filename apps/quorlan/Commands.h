@@ -5,6 +5,7 @@
 /// The commands, in the order of the table in Main.cpp; each stands in a file of its name.
 namespace QuorlanProgram {
 
+Run DeclareImport(CLI::App& app);
 Run DeclareSample(CLI::App& app);
 Run DeclareInfo(CLI::App& app);
 Run DeclareBoxes(CLI::App& app);

@@ -13,6 +13,7 @@ namespace QuorlanProgram {
 namespace {
 
 std::vector<Command> const kCommands = {
+    {"import", "Read a building from an IFC file", &DeclareImport},
     {"sample", "Write the sample building", &DeclareSample},
     {"info", "Say what a model holds", &DeclareInfo},
     {"boxes", "List the world boxes of all instances", &DeclareBoxes},

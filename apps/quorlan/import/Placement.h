@@ -1,0 +1,41 @@
+#pragma once
+
+#include <GeometryObjectLib/Matrix4.h>
+
+#include <unordered_map>
+
+class IfcMappedItem;
+class IfcObjectPlacement;
+class IfcPlacement;
+
+namespace QuorlanProgram::Import {
+
+using GeometryObjectLib::Matrix4;
+
+/// Reads placements as matrices in metres.
+///
+/// Directions that are missing, of no length or parallel are replaced as the standard derives them, so that every
+/// placement is a frame. What is no local placement (a grid placement) reads as the identity and is counted.
+class PlacementReader {
+public:
+    explicit PlacementReader(double metresPerUnit) : metresPerUnit_(metresPerUnit) {}
+
+    /// From the placement's own coordinates to the world, along the whole chain. A chain that meets itself ends there.
+    Matrix4 GetWorld(IfcObjectPlacement const* placement);
+
+    /// From a placement's own coordinates to those it stands in; the identity for null.
+    Matrix4 GetLocal(IfcPlacement const* placement) const;
+
+    /// From the coordinates of the mapped representation to those of the item's own: target times origin. Need not be
+    /// rigid.
+    Matrix4 GetMapping(IfcMappedItem const& item) const;
+
+    std::size_t GetUnreadCount() const { return unread_; }
+
+private:
+    double metresPerUnit_;
+    std::unordered_map<IfcObjectPlacement const*, Matrix4> worlds_;
+    std::size_t unread_ = 0;
+};
+
+}  // namespace QuorlanProgram::Import

@@ -1,0 +1,136 @@
+#include <Quorlan/ModelStorage.h>
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <nlohmann/json.hpp>
+
+#include "SmallIfc.h"
+
+/// Runs `quorlan import`: exit codes, messages, and what stands on the disk afterwards.
+namespace Quorlan::Testing {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::StartsWith;
+
+std::string ReadAll(fs::path const& path) {
+    std::ifstream file(path, std::ios::binary);
+    return {std::istreambuf_iterator<char>(file), {}};
+}
+
+class ImportCommand : public testing::Test {
+protected:
+    void SetUp() override {
+        auto name = (fs::temp_directory_path() / "quorlan-import-XXXXXX").string();
+        ASSERT_NE(mkdtemp(name.data()), nullptr);
+        folder_ = name;
+    }
+    void TearDown() override { fs::remove_all(folder_); }
+
+    fs::path Write(std::string const& name, std::string const& text) const {
+        std::ofstream(folder_ / name, std::ios::binary) << text;
+        return folder_ / name;
+    }
+
+    /// Runs the program and keeps what it prints. RETURNS its exit code.
+    int Run(std::string const& arguments) {
+        auto const command = std::string(QUORLAN_PROGRAM) + " import " + arguments + " >" + (folder_ / "out").string() +
+                             " 2>" + (folder_ / "err").string();
+        auto const status = std::system(command.c_str());
+        out_ = ReadAll(folder_ / "out");
+        error_ = ReadAll(folder_ / "err");
+        fs::remove(folder_ / "out");
+        fs::remove(folder_ / "err");
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    }
+
+    int Import(fs::path const& input, std::string const& more = "") {
+        return Run("'" + input.string() + "' -o '" + (folder_ / "model.qln").string() + "' " + more);
+    }
+
+    /// The input was refused: exit code 1, one line that names it, and no file beside it.
+    void ExpectRefused(fs::path const& input, std::string const& reason) {
+        EXPECT_EQ(Import(input), 1);
+        EXPECT_THAT(error_, HasSubstr(input.string()));
+        EXPECT_THAT(error_, HasSubstr(reason));
+        EXPECT_THAT(error_, StartsWith("quorlan: "));
+        EXPECT_EQ(std::count(error_.begin(), error_.end(), '\n'), 1) << error_;
+        EXPECT_THAT(out_, IsEmpty());
+        for (auto const& entry : fs::directory_iterator(folder_)) EXPECT_EQ(entry.path(), input);
+    }
+
+    static std::string MakeWall() {
+        SmallIfc ifc;
+        ifc.AddWall(7, ifc.AddShape(ifc.AddBox(4000, 200, 2500)), "$");
+        return ifc.GetText();
+    }
+
+    fs::path folder_;
+    std::string out_;
+    std::string error_;
+};
+
+TEST_F(ImportCommand, WritesAModelAndNothingElse) {
+    EXPECT_EQ(Import(Write("wall.ifc", MakeWall())), 0);
+    EXPECT_THAT(out_, IsEmpty());
+    EXPECT_THAT(error_, IsEmpty());
+    auto const bytes = ReadAll(folder_ / "model.qln");
+    EXPECT_FALSE(ModelStorage::FromBuffer({bytes.begin(), bytes.end()}).HasError());
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder_), {}), 2);
+}
+
+TEST_F(ImportCommand, ReportsAsTextAndAsJson) {
+    auto const input = Write("wall.ifc", MakeWall());
+    EXPECT_EQ(Import(input, "--report text"), 0);
+    EXPECT_THAT(out_, HasSubstr("products: 1, imported 1\n"));
+    EXPECT_EQ(Import(input, "--report json"), 0);
+    EXPECT_EQ(nlohmann::json::parse(out_)["entities"], 1);
+    EXPECT_EQ(Import(input, "--report xml"), 2);
+}
+
+TEST_F(ImportCommand, RefusesAnEmptyFile) { ExpectRefused(Write("empty.ifc", ""), "empty"); }
+
+TEST_F(ImportCommand, RefusesWhatIsNoIfc) { ExpectRefused(Write("text.ifc", "Dear reader"), "no IFC file"); }
+
+TEST_F(ImportCommand, RefusesAFileThatIsCutOff) {
+    auto const text = MakeWall();
+    ExpectRefused(Write("cut.ifc", text.substr(0, text.size() - 40)), "cut off");
+}
+
+TEST_F(ImportCommand, RefusesAFileWithoutAProject) {
+    auto text = MakeWall();
+    text.replace(text.find("IFCPROJECT("), 11, "IFCPROJEKT(");
+    ExpectRefused(Write("project.ifc", text), "no IFC project");
+}
+
+TEST_F(ImportCommand, RefusesADirectory) {
+    fs::create_directory(folder_ / "folder.ifc");
+    ExpectRefused(folder_ / "folder.ifc", "directory");
+}
+
+TEST_F(ImportCommand, RefusesAMissingFile) { ExpectRefused(folder_ / "missing.ifc", "cannot be read"); }
+
+TEST_F(ImportCommand, NeverOverwritesItsInput) {
+    auto const input = Write("wall.ifc", MakeWall());
+    EXPECT_EQ(Run("'" + input.string() + "' -o '" + input.string() + "'"), 1);
+    EXPECT_EQ(ReadAll(input), MakeWall());
+}
+
+TEST_F(ImportCommand, KeepsAnEarlierOutputWhenItFails) {
+    Write("model.qln", "earlier");
+    EXPECT_EQ(Import(Write("text.ifc", "Dear reader")), 1);
+    EXPECT_EQ(ReadAll(folder_ / "model.qln"), "earlier");
+}
+
+TEST_F(ImportCommand, NeedsAnOutput) { EXPECT_EQ(Run("'" + Write("wall.ifc", MakeWall()).string() + "'"), 2); }
+
+}  // namespace
+}  // namespace Quorlan::Testing

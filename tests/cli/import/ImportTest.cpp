@@ -1,0 +1,278 @@
+#include <gmock/gmock.h>
+
+#include <nlohmann/json.hpp>
+
+#include "ImportedModel.h"
+#include "SmallIfc.h"
+
+/// Identity, history and properties of imported products, and what becomes of broken files.
+namespace Quorlan::Testing {
+namespace {
+
+using QuorlanProgram::Import::ImportIfc;
+using QuorlanProgram::Import::ToJson;
+using QuorlanProgram::Import::ToText;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Pair;
+using testing::SizeIs;
+
+using Value = decltype(PropertyRecord::value);
+
+std::string AddUser(SmallIfc& ifc, std::string const& family) {
+    auto const person = ifc.Add("IFCPERSON('id','" + family + "','Ada',$,$,$,$,$)");
+    return ifc.Add("IFCPERSONANDORGANIZATION(" + person + "," + ifc.Add("IFCORGANIZATION($,'Office',$,$,$)") + ",$)");
+}
+
+TEST(Import, AnEntityHasItsGuidAndItsName) {
+    SmallIfc ifc;
+    ifc.AddWall(7, ifc.AddShape(ifc.AddBox(1, 1, 1)), "$", "W\\X2\\00E4\\X0\\nd");
+    ImportedModel const model(ifc.GetText());
+    auto const identifier = model.GetEntity(0);
+    EXPECT_EQ(identifier.kind, 0u);
+    std::string guid;
+    model.GetReader().GetEntities().GetGuidText(guid, identifier.reference);
+    EXPECT_EQ(guid, SmallIfc::Guid(7));
+    std::wstring name;
+    model.GetReader().GetEntities().GetText(name, identifier.textReference);
+    EXPECT_EQ(name, L"W\u00e4nd");
+}
+
+TEST(Import, ARepeatedGuidKeepsBothEntities) {
+    SmallIfc ifc;
+    for (int i = 0; i < 3; ++i) ifc.AddWall(7, ifc.AddShape(ifc.AddBox(1, 1, 1)), "$");
+    ImportedModel const model(ifc.GetText());
+    EXPECT_EQ(model.GetReader().GetEntities().GetCount(), 3u);
+    EXPECT_THAT(model.GetReport().duplicateGuids, ElementsAre(SmallIfc::Guid(7)));
+}
+
+TEST(Import, AGuidThatIsNoneIsKeptAsAnIdentifierText) {
+    SmallIfc ifc;
+    ifc.Add("IFCWALL('wall-1',$,$,$,$,$," + ifc.AddShape(ifc.AddBox(1, 1, 1)) + ",$,$)");
+    ImportedModel const model(ifc.GetText());
+    ASSERT_EQ(model.GetEntity(0).kind, 1u);
+    std::string text;
+    model.GetReader().GetEntities().GetIdentifierString(text, model.GetEntity(0).reference);
+    EXPECT_EQ(text, "wall-1");
+    EXPECT_THAT(model.GetReport().invalidGuids, ElementsAre("wall-1"));
+}
+
+TEST(Import, AnOwnerHistoryIsWrittenOnceForAllItsProducts) {
+    SmallIfc ifc;
+    auto const application =
+        ifc.Add("IFCAPPLICATION(" + ifc.Add("IFCORGANIZATION($,'Maker',$,$,$)") + ",'1.2','Draw','d')");
+    auto const history = ifc.Add("IFCOWNERHISTORY(" + AddUser(ifc, "Early") + "," + application +
+                                 ",.LOCKED.,.MODIFIED.,1000," + AddUser(ifc, "Late") + "," + application + ",500)");
+    auto const shape = ifc.AddShape(ifc.AddBox(1, 1, 1));
+    ifc.AddWall(7, shape, "$", "A", history);
+    ifc.AddWall(8, shape, "$", "B", history);
+    ifc.AddWall(9, shape, "$", "C");
+    ImportedModel const model(ifc.GetText());
+    auto const& reader = model.GetReader().GetOwnerHistories();
+    ASSERT_EQ(reader.GetLinkCount(), 2u);
+    EXPECT_EQ(reader.GetReferenceCount(), 1u);
+    OwnerHistoryLink link;
+    reader.GetLink(link, 1);
+    EXPECT_EQ(link.entity, EntityIndex_t{1});
+
+    OwnerPart part;
+    reader.GetOwnerPart(part, reader.GetOwnerPartIndex(link.reference));
+    EXPECT_EQ(part.user, "Ada Early");
+    EXPECT_EQ(part.organization, "Office");
+    EXPECT_EQ(part.application, "Draw 1.2");
+    OwnerHistoryRecord record;
+    reader.GetOwnerHistory(record, reader.GetOwnerHistoryIndex(link.reference));
+    EXPECT_EQ(record.changeAction, OwnerHistoryChangeAction::MODIFIED);
+    EXPECT_EQ(record.state, 2u);
+    EXPECT_EQ(record.creationDate, 500);
+    EXPECT_EQ(record.lastModifiedDate, 1000);
+    OwnerHistoryLinkRecord last;
+    reader.GetOwnerHistoryLinkRecord(last, link.reference);
+    EXPECT_EQ(last.lastModifyingUser, "Ada Late");
+}
+
+TEST(Import, AChangeActionLeftOpenIsNoChange) {
+    SmallIfc ifc;
+    auto const application =
+        ifc.Add("IFCAPPLICATION(" + ifc.Add("IFCORGANIZATION($,'Maker',$,$,$)") + ",'','Draw','d')");
+    auto const user = AddUser(ifc, "Early");
+    auto const shape = ifc.AddShape(ifc.AddBox(1, 1, 1));
+    for (std::string const action : {"$", ".NOTDEFINED."}) {
+        auto const history = ifc.Add("IFCOWNERHISTORY(" + user + "," + application + ",$," + action + ",$,$,$,0)");
+        ifc.AddWall(7, shape, "$", "A", history);
+    }
+    ImportedModel const model(ifc.GetText());
+    auto const& reader = model.GetReader().GetOwnerHistories();
+    ASSERT_EQ(reader.GetLinkCount(), 2u);
+    for (std::uint32_t i = 0; i < 2; ++i) {
+        OwnerHistoryRecord record;
+        reader.GetOwnerHistory(record, reader.GetOwnerHistoryIndex(i));
+        EXPECT_EQ(record.changeAction, OwnerHistoryChangeAction::NOCHANGE);
+    }
+}
+
+TEST(Import, PropertiesHaveFourTypesAndLengthsAreMetres) {
+    SmallIfc ifc;
+    auto const wall = ifc.AddWall(7, ifc.AddShape(ifc.AddBox(1, 1, 1)), "$");
+    std::string properties;
+    for (auto const* single : {"'Label',$,IFCLABEL('x'),$", "'Count',$,IFCINTEGER(-3),$", "'Yes',$,IFCBOOLEAN(.T.),$",
+                               "'Ratio',$,IFCREAL(0.1234567890123),$", "'Width',$,IFCLENGTHMEASURE(250.),$",
+                               "'Area',$,IFCAREAMEASURE(2.5),$", "'Power',$,IFCPOWERMEASURE(60.),$", "'None',$,$,$"}) {
+        properties += (properties.empty() ? "" : ",") + ifc.Add(std::string("IFCPROPERTYSINGLEVALUE(") + single + ")");
+    }
+    properties += "," + ifc.Add("IFCPROPERTYENUMERATEDVALUE('Status',$,(IFCLABEL('NEW'),IFCLABEL('TEMP')),$)");
+    properties += "," + ifc.Add("IFCPROPERTYBOUNDEDVALUE('Range',$,$,$,$,$)");
+    auto const set = ifc.Add("IFCPROPERTYSET('" + SmallIfc::Guid(99) + "',$,'Pset',$,(" + properties + "))");
+    ifc.AddRelation("IFCRELDEFINESBYPROPERTIES", "(" + wall + ")," + set);
+    auto const length = ifc.Add("IFCQUANTITYLENGTH('Height',$,$,2500.,$)");
+    auto const quantities = ifc.Add("IFCELEMENTQUANTITY('" + SmallIfc::Guid(98) + "',$,'Qto',$,$,(" + length + "))");
+    ifc.AddRelation("IFCRELDEFINESBYPROPERTIES", "(" + wall + ")," + quantities);
+
+    ImportedModel const model(ifc.GetText());
+    EXPECT_THAT(model.GetProperties(0),
+                ElementsAre(Pair("IFC.Class", Value("IfcWall")), Pair("Pset.Area", Value(2.5)),
+                            Pair("Pset.Count", Value(std::int64_t{-3})), Pair("Pset.Label", Value("x")),
+                            Pair("Pset.Power", Value(60.0)), Pair("Pset.Ratio", Value(0.1234567890123)),
+                            Pair("Pset.Status", Value("NEW; TEMP")), Pair("Pset.Width", Value(0.25)),
+                            Pair("Pset.Yes", Value(true)), Pair("Qto.Height", Value(2.5))));
+    EXPECT_THAT(model.GetReport().unreadProperties, ElementsAre(Pair("IfcPropertyBoundedValue", 1u)));
+}
+
+TEST(Import, AnOccurrencesPropertyGoesBeforeThatOfItsType) {
+    SmallIfc ifc;
+    auto const wall = ifc.AddWall(7, ifc.AddShape(ifc.AddBox(1, 1, 1)), "$");
+    auto const addSet = [&](int guid, std::string const& values) {
+        return ifc.Add("IFCPROPERTYSET('" + SmallIfc::Guid(guid) + "',$,'Pset',$,(" + values + "))");
+    };
+    auto const add = [&](std::string const& name, std::string const& value) {
+        return ifc.Add("IFCPROPERTYSINGLEVALUE('" + name + "',$,IFCLABEL('" + value + "'),$)");
+    };
+    auto const ofType = addSet(90, add("A", "type") + "," + add("B", "type"));
+    ifc.AddRelation("IFCRELDEFINESBYPROPERTIES", "(" + wall + ")," + addSet(91, add("A", "own")));
+    auto const type =
+        ifc.Add("IFCWALLTYPE('" + SmallIfc::Guid(92) + "',$,'T',$,$,(" + ofType + "),$,$,$,.NOTDEFINED.)");
+    ifc.AddRelation("IFCRELDEFINESBYTYPE", "(" + wall + ")," + type);
+    ImportedModel const model(ifc.GetText());
+    auto const properties = model.GetProperties(0);
+    EXPECT_EQ(properties.at("Pset.A"), Value("own"));
+    EXPECT_EQ(properties.at("Pset.B"), Value("type"));
+}
+
+TEST(Import, AnElementKnowsItsBuildingAndStoreyAlsoAsAPart) {
+    SmallIfc ifc;
+    auto const building = ifc.Add("IFCBUILDING('" + SmallIfc::Guid(50) + "',$,'House',$,$,$,$,$,$,$,$,$)");
+    auto const storey = ifc.Add("IFCBUILDINGSTOREY('" + SmallIfc::Guid(51) + "',$,'Ground',$,$,$,$,$,$,$)");
+    auto const stair = ifc.Add("IFCSTAIR('" + SmallIfc::Guid(52) + "',$,'Stair',$,$,$,$,$,$)");
+    auto const wall = ifc.AddWall(7, ifc.AddShape(ifc.AddBox(1, 1, 1)), "$");
+    ifc.AddRelation("IFCRELAGGREGATES", building + ",(" + storey + ")");
+    ifc.AddRelation("IFCRELCONTAINEDINSPATIALSTRUCTURE", "(" + stair + ")," + storey);
+    ifc.AddRelation("IFCRELAGGREGATES", stair + ",(" + wall + ")");
+    ImportedModel const model(ifc.GetText());
+    EXPECT_EQ(model.GetProperties(0).at("IFC.Building"), Value("House"));
+    EXPECT_EQ(model.GetProperties(0).at("IFC.Storey"), Value("Ground"));
+    EXPECT_THAT(model.GetReport().withoutBody,
+                ElementsAre(Pair("IfcBuilding", 1u), Pair("IfcBuildingStorey", 1u), Pair("IfcStair", 1u)));
+}
+
+TEST(Import, SpacesStandOnALayerOfTheirOwn) {
+    SmallIfc ifc;
+    ifc.Add("IFCSPACE('" + SmallIfc::Guid(7) + "',$,'Room',$,$,$," + ifc.AddShape(ifc.AddBox(1, 1, 1)) + ",$,$,$,$)");
+    ImportedModel const model(ifc.GetText());
+    EXPECT_EQ(model.GetLayer(0), "IfcSpace");
+    EXPECT_EQ(model.GetReport().spaces, 1u);
+}
+
+TEST(Import, ALaterSchemaIsReadAndItsNewClassesAreNamed) {
+    SmallIfc ifc("IFC4X3_ADD2");
+    ifc.AddWall(7, ifc.AddShape(ifc.AddBox(1, 1, 1)), "$");
+    ifc.Add("IFCKERB('" + SmallIfc::Guid(8) + "',$,$,$,$,$,$,$,$)");
+    ImportedModel const model(ifc.GetText());
+    EXPECT_EQ(model.GetReader().GetEntities().GetCount(), 1u);
+    EXPECT_EQ(model.GetReport().schema, "IFC4X3_ADD2");
+    EXPECT_THAT(model.GetReport().unknownClasses, ElementsAre(Pair("IFCKERB", 1u)));
+}
+
+TEST(Import, FeetBecomeMetres) {
+    auto ifc = SmallIfc("IFC2X3", "$").GetText();
+    auto const foot = std::string(
+        "#900=IFCCONVERSIONBASEDUNIT(#901,.LENGTHUNIT.,'FOOT',#902);\n"
+        "#901=IFCDIMENSIONALEXPONENTS(1,0,0,0,0,0,0);\n"
+        "#902=IFCMEASUREWITHUNIT(IFCRATIOMEASURE(0.3048),#903);\n"
+        "#903=IFCSIUNIT(*,.LENGTHUNIT.,$,.METRE.);\n"
+        "#904=IFCUNITASSIGNMENT((#900));\n"
+        "#905=IFCCARTESIANPOINT((10.,0.,0.));\n"
+        "#906=IFCAXIS2PLACEMENT3D(#905,$,$);\n"
+        "#907=IFCLOCALPLACEMENT($,#906);\n"
+        "#908=IFCRECTANGLEPROFILEDEF(.AREA.,$,#909,1.,1.);\n"
+        "#909=IFCAXIS2PLACEMENT2D(#910,$);\n"
+        "#910=IFCCARTESIANPOINT((0.,0.));\n"
+        "#911=IFCDIRECTION((0.,0.,1.));\n"
+        "#912=IFCEXTRUDEDAREASOLID(#908,#906,#911,10.);\n"
+        "#913=IFCSHAPEREPRESENTATION($,'Body','SweptSolid',(#912));\n"
+        "#914=IFCPRODUCTDEFINITIONSHAPE($,$,(#913));\n"
+        "#915=IFCBEAM('0000000000000000000009',$,$,$,$,#907,#914,$);\n");
+    ifc.insert(ifc.find("ENDSEC;\nEND-ISO"), foot);
+    auto const unit = ifc.find("IFCUNITASSIGNMENT((");
+    ifc.replace(unit, ifc.find(';', unit) - unit, "IFCUNITASSIGNMENT((#900))");
+    ImportedModel const model(ifc);
+    EXPECT_DOUBLE_EQ(model.GetEntity(0).placement.offset.x, 3.048);
+    DefinitionBounds bounds;
+    model.GetGeometry().GetDefinitionBounds(bounds, 0);
+    EXPECT_NEAR(bounds.max.z, 3.048, 1e-6);
+}
+
+TEST(Import, AProjectWithoutProductsIsAnEmptyModel) {
+    ImportedModel const model(SmallIfc().GetText());
+    EXPECT_EQ(model.GetReader().GetEntities().GetCount(), 0u);
+    EXPECT_EQ(model.GetReport().products, 0u);
+}
+
+TEST(Import, WhatIsNoWholeFileWithAProjectGivesAnErrorAndNoModel) {
+    auto const whole = SmallIfc().GetText();
+    auto noProject = whole;
+    noProject.replace(noProject.find("IFCPROJECT("), 11, "IFCPROJEKT(");
+    for (auto const& text : {std::string(), std::string("hello"), whole.substr(0, whole.size() - 10), noProject}) {
+        auto const result = ImportIfc(text);
+        EXPECT_NE(result.error, "");
+        EXPECT_THAT(result.model, SizeIs(0));
+    }
+}
+
+TEST(Import, BrokenInstancesDoNoHarm) {
+    SmallIfc ifc;
+    ifc.AddWall(7, ifc.AddShape(ifc.AddBox(1, 1, 1)), "$");
+    ifc.AddWall(8, ifc.AddShape("#4711"), "#4712");
+    ifc.Add("IFCWALL($,$,$,$,$,$,$,$,$)");
+    ifc.Add("IFCWALL('too few')");
+    ifc.Add("IFCWALL()");
+    ifc.AddWall(9, ifc.AddShape(ifc.Add("IFCEXTRUDEDAREASOLID($,$,$,$)")), "$");
+    ifc.AddWall(10, ifc.AddShape(ifc.Add("IFCFACETEDBREP($)")), "$");
+    ifc.AddWall(11, ifc.AddShape(ifc.Add("IFCMAPPEDITEM($,$)")), ifc.Add("IFCLOCALPLACEMENT($,$)"));
+    ImportedModel const model(ifc.GetText());
+    EXPECT_EQ(model.GetGeometry().GetInstanceCount(), 1u);
+}
+
+TEST(Import, EveryPrefixOfAFileIsRefusedInOneLine) {
+    SmallIfc ifc;
+    ifc.AddWall(7, ifc.AddShape(ifc.AddBox(1, 1, 1)), "$");
+    auto const text = ifc.GetText();
+    auto const end = text.rfind("END-ISO-10303-21;") + 16;
+    for (std::size_t length = 0; length < end; ++length) {
+        auto const result = ImportIfc(text.substr(0, length));
+        ASSERT_NE(result.error, "") << length;
+        ASSERT_EQ(result.error.find('\n'), std::string::npos);
+    }
+}
+
+TEST(Import, TheReportSaysWhatIsLeftOut) {
+    SmallIfc ifc;
+    ifc.AddWall(7, ifc.AddShape(ifc.AddBox(1, 1, 1), "Axis"), "$");
+    ImportedModel const model(ifc.GetText());
+    EXPECT_THAT(ToText(model.GetReport()), HasSubstr("left out, products without a body: 1 (IfcWall 1)"));
+    auto const json = nlohmann::json::parse(ToJson(model.GetReport()));
+    EXPECT_EQ(json["withoutBody"]["IfcWall"], 1);
+    EXPECT_EQ(json["schema"], "IFC4");
+}
+
+}  // namespace
+}  // namespace Quorlan::Testing
