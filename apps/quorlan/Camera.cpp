@@ -99,13 +99,15 @@ ViewProjection FitTo(std::vector<AxisAlignedBox3> const& boxes, ViewProjection c
 }  // namespace
 
 void CameraOptions::Declare(CLI::App& app) {
-    auto* const size = AddNumbers(app, "--size", size_, "WxH", "Width and height of the picture [pixels]", 'x');
-    size->default_str("800x600")->each([this](std::string const& text) {
-        for (double const side : size_) {
-            if (side >= 1 && side <= kMaxSize && side == std::floor(side)) continue;
-            throw CLI::ValidationError("--size", "'" + text + "': sides are whole numbers from 1 to 16384");
+    auto const parseSize = [this](std::string const& text) {
+        auto const isSide = [](double side) { return side >= 1 && side <= kMaxSize && side == std::floor(side); };
+        if (!ParseNumbers(text, 'x', size_) || !isSide(size_[0]) || !isSide(size_[1])) {
+            throw CLI::ValidationError("--size", "'" + text + "' is not WxH, whole numbers from 1 to 16384");
         }
-    });
+    };
+    app.add_option_function<std::string>("--size", parseSize, "Width and height of the picture [pixels]")
+        ->type_name("WxH")
+        ->default_str("800x600");
     std::vector<std::string> names;
     for (auto const& view : kViews) names.emplace_back(view.name);
     auto* const view = app.add_option("--view", view_,

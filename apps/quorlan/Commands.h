@@ -5,8 +5,8 @@
 /// The commands, in the order of the table in Main.cpp; each stands in a file of its name.
 namespace QuorlanProgram {
 
-Run DeclareImport(CLI::App& app);
 Run DeclareSample(CLI::App& app);
+Run DeclareImport(CLI::App& app);
 Run DeclareInfo(CLI::App& app);
 Run DeclareBoxes(CLI::App& app);
 Run DeclarePlacements(CLI::App& app);

@@ -13,8 +13,8 @@ namespace QuorlanProgram {
 namespace {
 
 std::vector<Command> const kCommands = {
-    {"import", "Read a building from an IFC file", &DeclareImport},
     {"sample", "Write the sample building", &DeclareSample},
+    {"import", "Read a building from an IFC file", &DeclareImport},
     {"info", "Say what a model holds", &DeclareInfo},
     {"boxes", "List the world boxes of all instances", &DeclareBoxes},
     {"placements", "List the world placements of all instances", &DeclarePlacements},

@@ -27,9 +27,9 @@ bool ParseNumbers(std::string const& text, char separator, std::array<double, N>
 /// An option of N numbers: `--origin 10,-2.5,0`. `form` names the numbers in the help.
 template <std::size_t N>
 CLI::Option* AddNumbers(CLI::App& app, std::string const& name, std::array<double, N>& out, std::string const& form,
-                        std::string const& description, char separator = ',') {
-    auto const parse = [&out, name, form, separator](std::string const& text) {
-        if (!ParseNumbers(text, separator, out)) throw CLI::ValidationError(name, "'" + text + "' is not " + form);
+                        std::string const& description) {
+    auto const parse = [&out, name, form](std::string const& text) {
+        if (!ParseNumbers(text, ',', out)) throw CLI::ValidationError(name, "'" + text + "' is not " + form);
     };
     return app.add_option_function<std::string>(name, parse, description)->type_name(form);
 }

@@ -23,6 +23,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
+constexpr int kMaxLinks = 40;
+
 using FileHandle = std::unique_ptr<std::FILE, int (*)(std::FILE*)>;
 
 [[noreturn]] void FailWith(std::string const& path, int error) {
@@ -35,6 +37,15 @@ int WriteAll(FileHandle file, std::string_view bytes) {
     if (std::fwrite(bytes.data(), 1, bytes.size(), file.get()) != bytes.size()) return errno;
     if (std::fflush(file.get()) != 0) return errno;
     return std::fclose(file.release()) == 0 ? 0 : errno;
+}
+
+/// The file that `path` leads to through links, whether it is there or not.
+fs::path FollowLinks(fs::path path) {
+    std::error_code ignored;
+    for (int i = 0; i < kMaxLinks && fs::is_symlink(path, ignored); ++i) {
+        path = path.parent_path() / fs::read_symlink(path, ignored);
+    }
+    return path;
 }
 
 /// A name beside `target` that no file has; "x" makes sure of that on opening.
@@ -68,14 +79,14 @@ void WriteOutputFile(std::string const& path, std::string_view bytes, std::vecto
         return;
     }
 
-    fs::path const target = fs::weakly_canonical(path, error);
-    std::string const temporary = TemporaryBeside(error ? fs::path(path) : target);
+    auto const target = FollowLinks(path);
+    auto const temporary = TemporaryBeside(target);
     if (int const failed = WriteAll({std::fopen(temporary.c_str(), "wbx"), &std::fclose}, bytes)) {
         if (failed != EEXIST) std::remove(temporary.c_str());
         FailWith(path, failed);
     }
     if (fs::exists(status)) fs::permissions(temporary, status.permissions(), error);
-    fs::rename(temporary, target.empty() ? fs::path(path) : target, error);
+    fs::rename(temporary, target, error);
     if (error) {
         std::remove(temporary.c_str());
         FailWith(path, error.value());

@@ -33,7 +33,7 @@ Run DeclareSample(CLI::App& app) {
     auto const settings = std::make_shared<Settings>();
     app.add_option("-o,--output", settings->output, "The model to write (.qln)")->required()->type_name("OUT");
     app.add_option("--storeys", settings->storeys, "Storeys above the ground, 1 to 1000; 200 make 100,000 instances")
-        ->check(CLI::Range(std::uint32_t{1}, kMaxStoreys))
+        ->check(CLI::Range(std::uint32_t{1}, kMaxStoreys).description(""))
         ->type_name("N")
         ->capture_default_str();
     app.add_option("--seed", settings->seed, "Another seed, other rooms, furniture and trees")

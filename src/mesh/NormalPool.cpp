@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <limits>
 
 namespace Quorlan::Tools {
 namespace {
 
-/// Two normals are one when their squared distance is below this: the square of 1e-5, in double precision.
-constexpr double kEqualDistanceSquared = 1.0000000000000002e-10;
+/// Two normals are one when their squared distance, taken in single precision, is below 1.0000000000000002e-10, the
+/// square of 1e-5 in double precision. No float lies between that and this one, so that both tests agree.
+constexpr float kEqualDistanceSquared = 1e-10F;
+static_assert(static_cast<double>(kEqualDistanceSquared) > 1.0000000000000002e-10);
 
 /// A search goes on in the first child down to this far below the node's coordinate.
 constexpr float kDescentTolerance = -4e-5F;
@@ -17,8 +18,8 @@ constexpr float kDescentTolerance = -4e-5F;
 /// Normals whose components differ by no more than this, as rounding makes them differ, are near.
 constexpr float kNear = 1e-6F;
 
-/// A way through the tree is roomy if no plane on it is closer than this and no node closer than 1e-5 plus this: four
-/// times kNear covers its diagonal and the rounding of all differences (1.2e-7 each for components up to 1).
+/// A node is tight for a search if its plane is closer than this or itself closer than 1e-5 plus this: four times kNear
+/// covers its diagonal and the rounding of all differences (1.2e-7 each for components up to 1).
 constexpr float kRoom = 4 * kNear;
 constexpr float kRoomySquared = (1e-5F + kRoom) * (1e-5F + kRoom);
 
@@ -32,11 +33,10 @@ bool HasSameBits(Vector3f const& a, Vector3f const& b) { return std::memcmp(&a, 
 
 }  // namespace
 
-NormalPool::NormalPool() : recent_() {}
-
 void NormalPool::Clear() {
     size_ = 0;
     root_ = nullptr;
+    way_.size = 0;
     if (++generation_ == 0) {
         recent_ = {};
         generation_ = 1;
@@ -64,23 +64,58 @@ bool NormalPool::IsCertain(std::uint16_t index, Vector3f const& normal) const {
            std::fabs(normal.z - node.normal.z) <= kNear && node.isRoomy;
 }
 
+/// Compares chunks of nodes without a branch, which lets the compiler use vector instructions.
+NormalPool::Cursor NormalPool::FollowLastWay(Vector3f const& normal) {
+    float const cycle[3] = {normal.x, normal.y, normal.z};
+    float axisValue[Way::kChunk];
+    for (std::uint32_t i = 0; i < Way::kChunk; ++i) axisValue[i] = cycle[i % 3];
+
+    std::int32_t tight = 0;
+    for (std::uint32_t begin = 0; begin < way_.size; begin += Way::kChunk) {
+        std::int32_t leaves[Way::kChunk];
+        std::int32_t anyLeaves = 0;
+        for (std::uint32_t i = 0; i < Way::kChunk; ++i) {
+            float const dx = normal.x - way_.x[begin + i];
+            float const dy = normal.y - way_.y[begin + i];
+            float const dz = normal.z - way_.z[begin + i];
+            float const distanceSquared = dx * dx + dy * dy + dz * dz;
+            float const difference = axisValue[i] - way_.onAxis[begin + i];
+            std::int32_t const side = difference >= kDescentTolerance ? 0 : 1;
+            leaves[i] = (side ^ way_.side[begin + i]) | (distanceSquared < kEqualDistanceSquared ? 1 : 0);
+            anyLeaves |= leaves[i];
+            tight |= (std::fabs(difference - kDescentTolerance) <= kRoom ? 1 : 0) |
+                     (distanceSquared <= kRoomySquared ? 1 : 0);
+        }
+        if (anyLeaves == 0) continue;
+        for (std::uint32_t i = begin; i < std::min(begin + Way::kChunk, way_.size); ++i) {
+            if (leaves[i - begin] == 0) continue;
+            return {i == 0 ? &root_ : &way_.nodes[i - 1]->children[way_.side[i - 1]], i, tight != 0};
+        }
+    }
+    if (way_.size == 0) return {&root_, 0, false};
+    return {&way_.nodes[way_.size - 1]->children[way_.side[way_.size - 1]], way_.size, tight != 0};
+}
+
 std::uint16_t NormalPool::Search(Vector3f const& normal) {
-    float closestPlane = std::numeric_limits<float>::max();
-    float closestNode = std::numeric_limits<float>::max();
-    Node** link = &root_;
-    std::uint32_t axis = 0;
+    auto [link, depth, isTight] = FollowLastWay(normal);
+    way_.size = depth;
+    std::uint32_t axis = depth % 3;
+    float const x = normal.x, y = normal.y, z = normal.z;
     while (Node* const node = *link) {
-        float const difference[3] = {normal.x - node->normal.x, normal.y - node->normal.y, normal.z - node->normal.z};
-        float const distanceSquared =
-            difference[0] * difference[0] + difference[1] * difference[1] + difference[2] * difference[2];
-        if (static_cast<double>(distanceSquared) < kEqualDistanceSquared) return node->index;
-        closestNode = std::min(closestNode, distanceSquared);
-        closestPlane = std::min(closestPlane, std::fabs(difference[axis] - kDescentTolerance));
-        link = &node->children[difference[axis] >= kDescentTolerance ? 0 : 1];
+        float const dx = x - node->normal.x;
+        float const dy = y - node->normal.y;
+        float const dz = z - node->normal.z;
+        float const distanceSquared = dx * dx + dy * dy + dz * dz;
+        if (distanceSquared < kEqualDistanceSquared) return node->index;
+        float const difference = axis == 0 ? dx : axis == 1 ? dy : dz;
+        std::int32_t const side = difference >= kDescentTolerance ? 0 : 1;
+        isTight |= std::fabs(difference - kDescentTolerance) <= kRoom || distanceSquared <= kRoomySquared;
+        if (way_.size < Way::kCapacity) way_.Append(node, axis, side);
+        link = &node->children[side];
         axis = axis == 2 ? 0 : axis + 1;
     }
     if (size_ == kNone) return kNone;
-    *link = Add(normal, closestPlane > kRoom && closestNode > kRoomySquared);
+    *link = Add(normal, !isTight);
     return (*link)->index;
 }
 

@@ -19,12 +19,13 @@ inline bool IsFinite(Vector3f const& v) { return v.x - v.x == 0 && v.y - v.y == 
 /// A search tree over the axes x, y, z in turn (Bentley, "Multidimensional Binary Search Trees Used for Associative
 /// Searching", 1975) in which a search stops at the first node on its way that is closer than 1e-5. Which of several
 /// close normals answers, and whether one on the other side of a node's plane is found, thus depends on the order of
-/// insertion: the tree is part of the result. What stands in front of it gives its answers, only sooner.
+/// insertion: the tree is part of the result. Three shortcuts give its answers sooner, never others:
+/// - the same bits get the same answer again (`Recent`);
+/// - a normal next to a pooled one gets that one where no node on its way could decide otherwise (`IsCertain`);
+/// - a search compares all nodes of the last search's way at once and leaves it where it decides otherwise (`Way`).
 class NormalPool {
 public:
     static constexpr std::uint16_t kNone = 65535;
-
-    NormalPool();
 
     /// Forgets all normals; memory is kept.
     void Clear();
@@ -50,15 +51,46 @@ private:
         Node* children[2];
     };
 
-    /// A search that was answered: the same bits always get the same answer.
+    /// A search that was answered.
     struct Recent {
         Vector3f normal;
         std::uint16_t index;
         std::uint16_t generation;
     };
 
+    /// The nodes that a search passed, from the root on, laid out for comparing many at once. Chunks hold whole rounds
+    /// of axes.
+    struct Way {
+        static constexpr std::uint32_t kChunk = 12;
+        static constexpr std::uint32_t kCapacity = 10 * kChunk;
+
+        std::array<float, kCapacity> x, y, z;
+        std::array<float, kCapacity> onAxis;       ///< the coordinate that the node decides by
+        std::array<std::int32_t, kCapacity> side;  ///< which child was taken
+        std::array<Node*, kCapacity> nodes;
+        std::uint32_t size = 0;
+
+        /// REQUIRES: size is below the capacity.
+        void Append(Node* node, std::uint32_t axis, std::int32_t takenSide) {
+            x[size] = node->normal.x;
+            y[size] = node->normal.y;
+            z[size] = node->normal.z;
+            onAxis[size] = axis == 0 ? node->normal.x : axis == 1 ? node->normal.y : node->normal.z;
+            side[size] = takenSide;
+            nodes[size++] = node;
+        }
+    };
+
+    /// Where a search stands: at the node behind `link`, `depth` below the root.
+    struct Cursor {
+        Node** link;
+        std::uint32_t depth;
+        bool isTight;  ///< some node or plane on the way was so close that near normals may go elsewhere
+    };
+
     Node const& At(std::uint32_t index) const { return blocks_[index / kBlockSize][index % kBlockSize]; }
     Recent& RecentSlot(Vector3f const& normal);
+    Cursor FollowLastWay(Vector3f const& normal);
     std::uint16_t Search(Vector3f const& normal);
     Node* Add(Vector3f const& normal, bool isRoomy);
 
@@ -66,7 +98,8 @@ private:
     std::uint32_t size_ = 0;
     Node* root_ = nullptr;
     std::uint16_t generation_ = 1;
-    std::array<Recent, 1u << kRecentBits> recent_;
+    std::array<Recent, 1u << kRecentBits> recent_{};
+    Way way_{};
 };
 
 }  // namespace Quorlan::Tools

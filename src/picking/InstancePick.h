@@ -7,6 +7,7 @@
 #include <glm/vec3.hpp>
 #include <glm/vec4.hpp>
 
+#include <cmath>
 #include <utility>
 #include <vector>
 
@@ -41,11 +42,16 @@ struct InstanceFrame {
     Vertex ToModelPoint(Vector3f const& p) const { return modelFromLocal.origin + ToModelDirection(p); }
 };
 
+/// Division by the length; a vector of exactly unit length, as most placements have, is already the result.
+inline Vertex Normalize(Vertex const& v) {
+    double const squared = Dot(v, v);
+    return squared == 1 ? v : v / std::sqrt(squared);
+}
+
 inline DoubleFrame ToWideFrame(Schema::Placement const& placement) {
     Vertex const x = GeometryObjectLib::ToVertex(ToVector3f(placement.xAxis()));
     Vertex const y = GeometryObjectLib::ToVertex(ToVector3f(placement.yAxis()));
-    Vertex const z = Cross(x, y);
-    return {{placement.x(), placement.y(), placement.z()}, x / Length(x), y / Length(y), z / Length(z)};
+    return {{placement.x(), placement.y(), placement.z()}, Normalize(x), Normalize(y), Normalize(Cross(x, y))};
 }
 
 /// A pick that moves from instance to instance: the ray and the clipping planes in the coordinates of the definition

@@ -1,6 +1,6 @@
 #include "picking/TreeQuery.h"
 
-#include "picking/Float4.h"
+#include "picking/NodeLanes.h"
 
 #include <algorithm>
 #include <cmath>
@@ -54,20 +54,20 @@ public:
     RayTest(Float4 origin, Float4 direction)
         : origin_(origin),
           direction_(direction),
-          directionYzx_(direction.GetYzx()),
-          directionZxy_(direction.GetZxy()),
-          absDirectionYzx_(directionYzx_.GetAbs()),
-          absDirectionZxy_(directionZxy_.GetAbs()) {}
+          directionYzx_(Yzx(direction)),
+          directionZxy_(Zxy(direction)),
+          absDirectionYzx_(Abs(directionYzx_)),
+          absDirectionZxy_(Abs(directionZxy_)) {}
 
     bool operator()(Float4 center, Float4 halfExtent) const {
         Float4 const zero(0.0f);
         Float4 const toOrigin = origin_ - center;
         int const isBeyond =
-            GreaterBits(toOrigin.GetAbs(), halfExtent) & GreaterEqualBits(toOrigin * direction_, zero) & kXyz;
+            GreaterBits(Abs(toOrigin), halfExtent) & GreaterEqualBits(toOrigin * direction_, zero) & kXyz;
         if (isBeyond != 0) return false;
-        Float4 const across = directionYzx_ * toOrigin.GetZxy() - directionZxy_ * toOrigin.GetYzx();
-        Float4 const reach = halfExtent.GetYzx() * absDirectionZxy_ + halfExtent.GetZxy() * absDirectionYzx_;
-        return (GreaterBits(across.GetAbs(), reach) & kXyz) == 0;
+        Float4 const across = directionYzx_ * Zxy(toOrigin) - directionZxy_ * Yzx(toOrigin);
+        Float4 const reach = Yzx(halfExtent) * absDirectionZxy_ + Zxy(halfExtent) * absDirectionYzx_;
+        return (GreaterBits(Abs(across), reach) & kXyz) == 0;
     }
 
 private:
@@ -91,10 +91,9 @@ public:
 
     bool operator()(Float4 center, Float4 halfExtent) const {
         Float4 const height =
-            normalX_ * center.Broadcast<0>() + normalY_ * center.Broadcast<1>() + normalZ_ * center.Broadcast<2>();
-        Float4 const reach = normalX_.GetAbs() * halfExtent.Broadcast<0>() +
-                             normalY_.GetAbs() * halfExtent.Broadcast<1>() +
-                             normalZ_.GetAbs() * halfExtent.Broadcast<2>();
+            normalX_ * Broadcast<0>(center) + normalY_ * Broadcast<1>(center) + normalZ_ * Broadcast<2>(center);
+        Float4 const reach = Abs(normalX_) * Broadcast<0>(halfExtent) + Abs(normalY_) * Broadcast<1>(halfExtent) +
+                             Abs(normalZ_) * Broadcast<2>(halfExtent);
         return GreaterEqualBits(Float4(0.0f), height - reach - distance_) == kAll;
     }
 
@@ -141,7 +140,7 @@ std::vector<unsigned> FindNearestItemsInPlanes(QuantizedAxisAlignedBoxTree const
     std::vector<Candidate> candidates;
     Walk(tree, PlanesTest(planes), [&](unsigned item, Float4 center) {
         float c[4];
-        center.Store(c);
+        Store(center, c);
         candidates.push_back({SquaredDistance(relative, {c[0], c[1], c[2]}), candidates.size(), item});
     });
     auto const last = candidates.begin() + static_cast<std::ptrdiff_t>(std::min(limit, candidates.size()));

@@ -28,4 +28,12 @@ OraclePick PickSurfacesInWorld(RawModel const& model, AffineTransform const& tra
                                std::vector<GeometryObjectLib::Plane3f> const& planes,
                                std::vector<unsigned> const& instances, double slack);
 
+/// The edge, line or arc picked among the instances, each taken through the edge builders by itself in coordinates made
+/// from 4 x 4 matrices. `isClear` is false where a hundredth of a pixel or a thousandth of the tolerance would change
+/// the pick. Definitions of other kinds than the bits of `kindMask` are passed over.
+OraclePick PickEdgesOneByOne(RawModel const& model, std::vector<char> const& buffer, AffineTransform const& transform,
+                             Tools::Picking::ViewProjection const& view, double x, double y,
+                             std::vector<GeometryObjectLib::Plane3f> const& planes,
+                             std::vector<unsigned> const& instances, unsigned kindMask, double tolerance);
+
 }  // namespace Quorlan::Testing

@@ -183,6 +183,24 @@ std::vector<char> RawModel::Write() const {
     return {bytes, bytes + builder.GetSize()};
 }
 
+RawBRep ToRawBRep(GeometryObjectLib::FacetedBRep const& shape) {
+    auto const narrow = [](std::vector<std::uint32_t> const& loop) {
+        std::vector<std::uint16_t> indices;
+        for (std::uint32_t const index : loop) indices.push_back(static_cast<std::uint16_t>(index));
+        return indices;
+    };
+    RawBRep raw;
+    for (Vertex const& v : shape.vertices) {
+        raw.vertices->push_back({static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)});
+    }
+    for (auto const& loop : shape.faces) raw.faces->push_back(narrow(loop));
+    if (!shape.holes.empty()) raw.holes.emplace();
+    for (auto const& [face, loops] : shape.holes) {
+        for (auto const& loop : loops) raw.holes->push_back({static_cast<std::uint16_t>(face), narrow(loop)});
+    }
+    return raw;
+}
+
 RawBRep RawBox(Vector3f const& lo, Vector3f const& hi) {
     RawBRep box;
     box.vertices = {{{lo.x, lo.y, lo.z},

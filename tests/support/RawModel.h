@@ -1,5 +1,6 @@
 #pragma once
 
+#include <GeometryObjectLib/FacetedBRep.h>
 #include <GeometryObjectLib/Vector3f.h>
 #include <Quorlan/ModelTypes.h>
 
@@ -100,6 +101,9 @@ struct RawModel {
 
 /// A placement that only moves.
 inline PlacementRecord At(double x, double y, double z) { return {{x, y, z}, {1, 0, 0}, {0, 1, 0}}; }
+
+/// A shape as a buffer stores it.
+RawBRep ToRawBRep(GeometryObjectLib::FacetedBRep const& shape);
 
 /// The axis-aligned box with outward counter-clockwise faces.
 RawBRep RawBox(Vector3f const& lo, Vector3f const& hi);

@@ -1,0 +1,77 @@
+// Render meshes of four shapes: the library, the plain transcription of its rules, and a peer where it is installed.
+
+#include <Tools/VertexNormalBuilder.h>
+
+#include "VtkNormals.h"
+
+#include "support/MeshShapes.h"
+#include "support/PlainVertexNormals.h"
+
+#include <benchmark/benchmark.h>
+
+namespace {
+
+using namespace Quorlan::Testing;
+
+constexpr float kCreaseAngle = 0.5F;
+
+RawBRep ShapeAt(std::int64_t number) {
+    switch (number) {
+        case 0: return RawBox({0, 0, 0}, {1, 1, 1});
+        case 1: return RawPrism(128);
+        case 2: return RawPlate(8);
+        default: return RawTorus(160, 100);
+    }
+}
+
+void NameShape(benchmark::State& state) {
+    char const* const names[] = {"cube", "prism of 128 sides", "plate with 8 holes", "torus of 16000 vertices"};
+    state.SetLabel(names[state.range(0)]);
+}
+
+void VertexNormals(benchmark::State& state) {
+    auto const buffer = ModelOf(ShapeAt(state.range(0)));
+    Quorlan::Tools::VertexNormalBuilder builder;
+    for (auto _ : state) {
+        if (!builder.BuildBRep(buffer, 0, kCreaseAngle)) state.SkipWithError("not built");
+        benchmark::DoNotOptimize(builder.GetTriangles().data());
+    }
+    NameShape(state);
+}
+BENCHMARK(VertexNormals)->DenseRange(0, 3);
+
+/// A new builder for every mesh: what memory kept from build to build is worth.
+void VertexNormalsFresh(benchmark::State& state) {
+    auto const buffer = ModelOf(ShapeAt(state.range(0)));
+    for (auto _ : state) {
+        Quorlan::Tools::VertexNormalBuilder builder;
+        if (!builder.BuildBRep(buffer, 0, kCreaseAngle)) state.SkipWithError("not built");
+        benchmark::DoNotOptimize(builder.GetTriangles().data());
+    }
+    NameShape(state);
+}
+BENCHMARK(VertexNormalsFresh)->DenseRange(0, 3);
+
+void VertexNormalsPlain(benchmark::State& state) {
+    auto const shape = ShapeAt(state.range(0));
+    for (auto _ : state) {
+        PlainVertexNormals const plain(shape, kCreaseAngle);
+        benchmark::DoNotOptimize(plain.triangles.data());
+    }
+    NameShape(state);
+}
+BENCHMARK(VertexNormalsPlain)->DenseRange(0, 3);
+
+#ifdef QUORLAN_HAS_VTK
+void VertexNormalsVtk(benchmark::State& state) {
+    // The peer has no faces with holes: a plate's holes are left out, which favours it.
+    VtkNormals normals(ShapeAt(state.range(0)));
+    for (auto _ : state) {
+        if (normals.Build(kCreaseAngle) == 0) state.SkipWithError("no triangles");
+    }
+    NameShape(state);
+}
+BENCHMARK(VertexNormalsVtk)->DenseRange(0, 3);
+#endif
+
+}  // namespace

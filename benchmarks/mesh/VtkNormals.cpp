@@ -1,0 +1,41 @@
+#include "VtkNormals.h"
+
+#include <vtkCellArray.h>
+#include <vtkNew.h>
+#include <vtkPoints.h>
+#include <vtkPolyData.h>
+#include <vtkPolyDataNormals.h>
+#include <vtkTriangleFilter.h>
+
+struct VtkNormals::Pipeline {
+    vtkNew<vtkPolyData> mesh;
+    vtkNew<vtkPolyDataNormals> normals;
+    vtkNew<vtkTriangleFilter> triangles;
+};
+
+VtkNormals::VtkNormals(Quorlan::Testing::RawBRep const& shape) : pipeline_(std::make_unique<Pipeline>()) {
+    vtkNew<vtkPoints> points;
+    for (auto const& v : *shape.vertices) points->InsertNextPoint(v.x, v.y, v.z);
+    vtkNew<vtkCellArray> faces;
+    for (auto const& face : *shape.faces) {
+        faces->InsertNextCell(static_cast<int>(face->size()));
+        for (auto const index : *face) faces->InsertCellPoint(index);
+    }
+    auto& p = *pipeline_;
+    p.mesh->SetPoints(points);
+    p.mesh->SetPolys(faces);
+    p.normals->SetInputData(p.mesh);
+    p.normals->SplittingOn();
+    p.normals->ConsistencyOff();
+    p.triangles->SetInputConnection(p.normals->GetOutputPort());
+}
+
+VtkNormals::~VtkNormals() = default;
+
+long long VtkNormals::Build(float angle) {
+    auto& p = *pipeline_;
+    p.normals->SetFeatureAngle(static_cast<double>(angle) * 180 / 3.141592653589793);
+    p.normals->Modified();
+    p.triangles->Update();
+    return p.triangles->GetOutput()->GetNumberOfPolys();
+}

@@ -1,0 +1,185 @@
+#include "picking/TreeQuery.h"
+
+#include "picking/NodeLanes.h"
+#include "picking/PickScene.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <random>
+
+namespace {
+
+using namespace Quorlan::Tools::Picking;
+using namespace Quorlan::Testing;
+using Node = QuantizedAxisAlignedBoxTreeNode_s;
+
+/// A node's box and the tests on it in scalars, one axis and one plane after the other.
+struct ScalarBox {
+    float c[3];
+    float e[3];
+
+    ScalarBox(QuantizedAxisAlignedBoxTree const& tree, Node const& n) {
+        Vertex const& q = tree.getBvhQuantization();
+        double const quantization[] = {q.x, q.y, q.z};
+        int const lo[] = {n.minX, n.minY, n.minZ};
+        int const hi[] = {n.maxX, n.maxY, n.maxZ};
+        for (int k = 0; k < 3; ++k) {
+            float const halfCell = static_cast<float>(0.5 / quantization[k]);
+            c[k] = static_cast<float>(hi[k] + lo[k]) * halfCell;
+            e[k] = static_cast<float>(hi[k] - lo[k]) * halfCell;
+        }
+    }
+
+    bool IsMetBy(float const (&o)[3], float const (&d)[3]) const {
+        float const w[] = {o[0] - c[0], o[1] - c[1], o[2] - c[2]};
+        for (int k = 0; k < 3; ++k) {
+            if (std::abs(w[k]) > e[k] && w[k] * d[k] >= 0) return false;
+        }
+        float const a[] = {std::abs(d[0]), std::abs(d[1]), std::abs(d[2])};
+        if (std::abs(d[1] * w[2] - d[2] * w[1]) > e[1] * a[2] + e[2] * a[1]) return false;
+        if (std::abs(d[2] * w[0] - d[0] * w[2]) > e[0] * a[2] + e[2] * a[0]) return false;
+        return !(std::abs(d[0] * w[1] - d[1] * w[0]) > e[0] * a[1] + e[1] * a[0]);
+    }
+
+    bool IsWithin(std::vector<Plane3f> const& planes) const {
+        for (Plane3f const& p : planes) {
+            float const height = p.normal.x * c[0] + p.normal.y * c[1] + p.normal.z * c[2];
+            float const reach = std::abs(p.normal.x) * e[0] + std::abs(p.normal.y) * e[1] + std::abs(p.normal.z) * e[2];
+            if (!(height - reach - p.distance <= 0)) return false;
+        }
+        return true;
+    }
+};
+
+template <class IsMet>
+std::vector<unsigned> WalkInScalars(QuantizedAxisAlignedBoxTree const& tree, IsMet const& isMet) {
+    std::vector<unsigned> items;
+    for (std::size_t i = 0; i < tree.getNodes().size();) {
+        Node const& node = tree.getNodes()[i];
+        bool const met = isMet(ScalarBox(tree, node));
+        if (node.escapeOrItem >= 0 && met) items.push_back(static_cast<unsigned>(node.escapeOrItem));
+        i += node.escapeOrItem >= 0 || met ? 1 : static_cast<std::size_t>(-node.escapeOrItem);
+    }
+    return items;
+}
+
+struct RandomBoxes {
+    std::mt19937 engine{1234};
+
+    double Between(double lower, double upper) { return std::uniform_real_distribution<double>(lower, upper)(engine); }
+    Vertex Point(double size) { return {Between(-size, size), Between(-size, size), Between(-size, size)}; }
+    std::vector<AxisAlignedBox3> Boxes(std::size_t count, Vertex const& center) {
+        std::vector<AxisAlignedBox3> boxes(count);
+        for (auto& box : boxes) {
+            box = {center + Point(10), {Between(0, 0.5), Between(0, 0.5), i++ % 7 == 0 ? 0 : Between(0, 2)}};
+        }
+        return boxes;
+    }
+    int i = 0;
+};
+
+TEST(TreeQuery, EmptyTreeHasNoItems) {
+    QuantizedAxisAlignedBoxTree const empty;
+    EXPECT_TRUE(FindItemsAlongRay(empty, {{0, 0, 0}, {1, 0, 0}}).empty());
+    EXPECT_TRUE(FindItemsInPlanes(empty, std::vector<Plane3f>(4)).empty());
+    EXPECT_TRUE(FindNearestItemsInPlanes(empty, std::vector<Plane3f>(4), {{0, 0, 0}, {1, 0, 0}}, 100).empty());
+}
+
+TEST(TreeQuery, RayGivesTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    for (Vertex const& center : {Vertex{}, Vertex{3e6, -2e6, 5e5}}) {
+        auto const tree = MakeTree(random.Boxes(500, center));
+        std::size_t found = 0;
+        for (int i = 0; i < 2000; ++i) {
+            Vertex direction = random.Point(1);
+            if (i % 10 == 0) direction.y = 0;
+            if (i % 20 == 0) direction.z = 0;
+            ModelRay const ray{center + random.Point(15), direction};
+            Vertex const relative = ray.origin - tree.getOrigin();
+            float const o[] = {static_cast<float>(relative.x), static_cast<float>(relative.y),
+                               static_cast<float>(relative.z)};
+            float const d[] = {static_cast<float>(direction.x), static_cast<float>(direction.y),
+                               static_cast<float>(direction.z)};
+            auto const items = FindItemsAlongRay(tree, ray);
+            ASSERT_EQ(items, WalkInScalars(tree, [&](ScalarBox const& box) { return box.IsMetBy(o, d); }));
+            found += items.size();
+        }
+        EXPECT_GT(found, 500u);
+    }
+}
+
+TEST(TreeQuery, PlanesGiveTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    auto const tree = MakeTree(random.Boxes(500, {}));
+    std::size_t found = 0;
+    for (int i = 0; i < 1000; ++i) {
+        std::vector<Plane3f> planes;
+        for (int k = 0; k < 4; ++k) {
+            Vertex const n = random.Point(1);
+            planes.push_back({{static_cast<float>(n.x), static_cast<float>(n.y), static_cast<float>(n.z)},
+                              static_cast<float>(random.Between(-10, 10))});
+        }
+        auto const items = FindItemsInPlanes(tree, planes);
+        ASSERT_EQ(items, WalkInScalars(tree, [&](ScalarBox const& box) { return box.IsWithin(planes); }));
+        found += items.size();
+    }
+    EXPECT_GT(found, 2000u);
+}
+
+TEST(TreeQuery, RayIsAHalfLine) {
+    auto const tree = MakeTree(std::vector<AxisAlignedBox3>{{{0, 0, 0}, {1, 1, 1}}, {{10, 0, 0}, {1, 1, 1}}});
+    EXPECT_EQ(FindItemsAlongRay(tree, {{5, 0, 0}, {1, 0, 0}}), (std::vector<unsigned>{1}));
+    EXPECT_EQ(FindItemsAlongRay(tree, {{5, 0, 0}, {-1, 0, 0}}), (std::vector<unsigned>{0}));
+    EXPECT_TRUE(FindItemsAlongRay(tree, {{15, 0, 0}, {1, 0, 0}}).empty());
+    EXPECT_EQ(FindItemsAlongRay(tree, {{0, 0, 0}, {0, 0, 1}}), (std::vector<unsigned>{0}));
+}
+
+TEST(TreeQuery, AxisWithoutExtentHasBoxesWithoutExtent) {
+    auto const tree = MakeTree(std::vector<AxisAlignedBox3>{{{0, 0, 7}, {1, 1, 0}}, {{4, 0, 7}, {1, 1, 0}}});
+    ASSERT_TRUE(std::isinf(tree.getBvhQuantization().z));
+    EXPECT_EQ(FindItemsAlongRay(tree, {{4, 0, 9}, {0, 0, -1}}), (std::vector<unsigned>{1}));
+    EXPECT_TRUE(FindItemsAlongRay(tree, {{4, 0, 9}, {0, 0, 1}}).empty());
+    EXPECT_EQ(FindItemsAlongRay(tree, {{-5, 0, 7}, {1, 0, 0}}), (std::vector<unsigned>{0, 1}));
+    EXPECT_TRUE(FindItemsAlongRay(tree, {{-5, 0, 7.01}, {1, 0, 0}}).empty());
+}
+
+/// Four planes that cut nothing away.
+std::vector<Plane3f> KeepAll() { return std::vector<Plane3f>(4, {{1, 0, 0}, 1e9f}); }
+
+TEST(TreeQuery, NearestItemsAreSortedByTheDistanceOfTheirCentresToTheHalfLine) {
+    RandomBoxes random;
+    auto const boxes = random.Boxes(300, {});
+    auto const tree = MakeTree(boxes);
+    for (int i = 0; i < 100; ++i) {
+        ModelRay const ray{random.Point(10), random.Point(3)};
+        auto const distance = [&](unsigned item) {
+            Vertex const toCenter = boxes[item].center - ray.origin;
+            double const t = std::max(0.0, Dot(toCenter, ray.direction)) / Dot(ray.direction, ray.direction);
+            return Length(toCenter - ray.direction * t);
+        };
+        auto const items = FindNearestItemsInPlanes(tree, KeepAll(), ray, 40);
+        ASSERT_EQ(items.size(), 40u);
+        std::vector<double> all;
+        for (unsigned item = 0; item < boxes.size(); ++item) all.push_back(distance(item));
+        std::sort(all.begin(), all.end());
+        // Centres are known to a grid cell.
+        for (std::size_t k = 0; k < 40; ++k) EXPECT_NEAR(distance(items[k]), all[k], 1e-3);
+    }
+}
+
+TEST(TreeQuery, NearestItemsAtEqualDistancesKeepTheOrderOfTheTree) {
+    std::vector<AxisAlignedBox3> boxes;
+    for (int i = 0; i < 20; ++i) boxes.push_back({{double(i), 0, 0}, {0.5, 0.5, 0.5}});
+    auto const tree = MakeTree(boxes);
+    // A ray without a direction or a place has no distances at all.
+    double const nan = std::numeric_limits<double>::quiet_NaN();
+    auto const order = GetLeafOrder(tree);
+    auto const items = FindNearestItemsInPlanes(tree, KeepAll(), {{nan, 0, 0}, {1, 0, 0}}, 12);
+    EXPECT_EQ(items, std::vector<unsigned>(order.begin(), order.begin() + 12));
+    EXPECT_EQ(FindNearestItemsInPlanes(tree, KeepAll(), {{nan, 0, 0}, {1, 0, 0}}, 100), order);
+}
+
+}  // namespace
