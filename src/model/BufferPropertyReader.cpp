@@ -14,8 +14,12 @@ std::pair<std::uint32_t, std::uint32_t> BufferPropertyReader::FindEntries(Entity
     auto const index = static_cast<std::uint32_t>(entity);
     auto const* const lower = std::partition_point(
         first, last, [index](Schema::PropertyEntry const& entry) { return entry.entity() < index; });
-    auto const* const upper = std::partition_point(
-        lower, last, [index](Schema::PropertyEntry const& entry) { return entry.entity() == index; });
+    // An entity has few entries as a rule: the end is looked for in doubling steps.
+    std::ptrdiff_t reach = 1;
+    while (reach < last - lower && lower[reach].entity() == index) reach *= 2;
+    auto const* const upper =
+        std::partition_point(lower, lower + std::min(reach, last - lower),
+                             [index](Schema::PropertyEntry const& entry) { return entry.entity() == index; });
     return {static_cast<std::uint32_t>(lower - first), static_cast<std::uint32_t>(upper - first)};
 }
 

@@ -176,10 +176,39 @@ Offset<Schema::Properties> WriteProperties(FlatBufferBuilder& builder, PropertyW
     return Schema::CreateProperties(builder, entries, strings);
 }
 
+/// [bytes] What strings take: a length, a terminating zero, rounding, and the offset that leads to them.
+std::size_t EstimateSize(std::vector<std::string> const& texts) {
+    std::size_t size = texts.size() * 12;
+    for (auto const& text : texts) size += text.size();
+    return size;
+}
+
+template <class T>
+std::size_t SizeOf(std::vector<T> const& structs) {
+    return structs.size() * sizeof(T);
+}
+
+/// [bytes] About what the buffer takes. Writing into one allocation of this size, of which the system provides only
+/// what is used, spares growing and copying again and again; where it is too small, the buffer grows.
+std::size_t EstimateSize(ModelContent const& content) {
+    auto const& [entities, histories, materials, layers, textures, definitions, instances, properties] = content;
+    std::size_t size = std::size_t{1} << 16;
+    size += SizeOf(entities.records) + SizeOf(entities.guids) + SizeOf(entities.geometricKeys);
+    size += EstimateSize(entities.texts) + EstimateSize(entities.identifierTexts);
+    size += SizeOf(histories.records) + SizeOf(histories.links) + histories.histories.size() * 64;
+    size += SizeOf(definitions.definitions) + SizeOf(definitions.segments) + SizeOf(definitions.arcs);
+    size += definitions.breps.EstimateSize() + definitions.brepsWithUV.EstimateSize() +
+            definitions.brepsWithNormal.EstimateSize() + definitions.graphics.size() * 40;
+    size += SizeOf(instances.instances) + SizeOf(instances.placements);
+    size += SizeOf(properties.entries) + EstimateSize(properties.strings);
+    for (auto const& texture : textures.textures) size += texture.second.size();
+    return std::min(size, kMaxBufferSize);
+}
+
 }  // namespace
 
 std::vector<char> WriteModelBuffer(ModelContent const& content) {
-    FlatBufferBuilder builder(1 << 16);
+    FlatBufferBuilder builder(EstimateSize(content));
     auto const entities = WriteEntities(builder, content.entities);
     auto const ownerHistories = WriteOwnerHistories(builder, content.ownerHistories);
     auto const geometry = WriteGeometry(builder, content);

@@ -134,7 +134,7 @@ void OwnerHistoryWriter::LinkOwnerHistory(EntityIndex_t entity, std::uint32_t ow
 }
 
 std::uint32_t PropertyWriter::AddString(std::string const& text) {
-    auto const [entry, isNew] = stringIndices_.emplace(text, static_cast<std::uint32_t>(strings.size()));
+    auto const [entry, isNew] = stringIndices_.try_emplace(text, static_cast<std::uint32_t>(strings.size()));
     if (isNew) strings.push_back(text);
     return entry->second;
 }

@@ -61,6 +61,12 @@ public:
         breps_.push_back(brep);
     }
 
+    /// [bytes] About what the shapes take in a buffer, rounding and offsets included.
+    std::size_t EstimateSize() const {
+        return floats_.size() * sizeof(float) + indices_.size() * sizeof(std::uint16_t) + loops_.size() * 20 +
+               holes_.size() * 24 + breps_.size() * 48;
+    }
+
     std::vector<StoredBRep> const& GetBReps() const { return breps_; }
     float const* GetFloats(StoredRun const& run) const { return floats_.data() + run.first; }
     StoredRun const* GetFaces(StoredRun const& run) const { return loops_.data() + run.first; }
