@@ -87,23 +87,6 @@ private:
     std::mt19937 engine_;
 };
 
-/// The same shape as a buffer stores it.
-inline RawBRep ToRawBRep(FacetedBRep const& brep) {
-    auto const narrow = [](std::vector<std::uint32_t> const& loop) {
-        std::vector<std::uint16_t> out;
-        for (auto const index : loop) out.push_back(static_cast<std::uint16_t>(index));
-        return out;
-    };
-    RawBRep raw;
-    for (Vertex const& v : brep.vertices) raw.vertices->push_back(Narrow(v));
-    for (auto const& loop : brep.faces) raw.faces->push_back(narrow(loop));
-    raw.holes.emplace();
-    for (auto const& [face, loops] : brep.holes) {
-        for (auto const& loop : loops) raw.holes->push_back({static_cast<std::uint16_t>(face), narrow(loop)});
-    }
-    return raw;
-}
-
 /// The square with corners (-half, -half, z) to (half, half, z), counter-clockwise from above; edge 0 is at y = -half.
 inline FacetedBRep Square(double half, double z = 0) {
     FacetedBRep brep;

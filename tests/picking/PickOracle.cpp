@@ -80,7 +80,7 @@ public:
         };
         std::vector<bool> isExcluded(shape.faces->size());
         double t = 0;
-        for (auto const& hole : *shape.holes) {
+        for (auto const& hole : shape.holes.value_or(std::vector<RawHole>())) {
             Loop const loop = place(hole.loop);
             if (Meets(loop, loop.GetNormal() * -1.0, t)) isExcluded[hole.face] = true;
         }
