@@ -17,8 +17,6 @@ Float4 CenterOf(BoxTreeItem const& item) {
     return _mm_and_ps(_mm_load_ps(item.center), isCenter);
 }
 
-void Store(Float4 const& lanes, float* out) { _mm_storeu_ps(out, lanes.v); }
-
 /// A node's box, folded so that one signed minimum makes a union: the lower corners are shifted to the signed range,
 /// the upper corners mirrored as well.
 class NodeBox {
@@ -43,8 +41,6 @@ private:
 #else
 
 Float4 CenterOf(BoxTreeItem const& item) { return {item.center[0], item.center[1], item.center[2], 0}; }
-
-void Store(Float4 const& lanes, float* out) { std::copy(lanes.lane, lanes.lane + 4, out); }
 
 class NodeBox {
 public:

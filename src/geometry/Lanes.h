@@ -18,6 +18,18 @@
 namespace GeometryObjectLib {
 
 /// The portable form: an array and loops.
+struct PlainMask {
+    bool lane[4];
+
+    friend PlainMask operator!(PlainMask const& a) { return {{!a.lane[0], !a.lane[1], !a.lane[2], !a.lane[3]}}; }
+    friend PlainMask operator&(PlainMask const& a, PlainMask const& b) {
+        return {{a.lane[0] && b.lane[0], a.lane[1] && b.lane[1], a.lane[2] && b.lane[2], a.lane[3] && b.lane[3]}};
+    }
+    friend PlainMask operator|(PlainMask const& a, PlainMask const& b) {
+        return {{a.lane[0] || b.lane[0], a.lane[1] || b.lane[1], a.lane[2] || b.lane[2], a.lane[3] || b.lane[3]}};
+    }
+};
+
 template <class T>
 struct PlainLanes {
     T lane[4];
@@ -51,9 +63,27 @@ struct PlainLanes {
     friend PlainLanes Max(PlainLanes const& a, PlainLanes const& b) {
         return Zip(a, b, [](T x, T y) { return std::max(x, y); });
     }
+    friend PlainLanes operator-(PlainLanes const& a) { return {-a.lane[0], -a.lane[1], -a.lane[2], -a.lane[3]}; }
+    friend PlainLanes Abs(PlainLanes const& a) {
+        return {std::abs(a.lane[0]), std::abs(a.lane[1]), std::abs(a.lane[2]), std::abs(a.lane[3])};
+    }
     friend PlainLanes Sqrt(PlainLanes const& a) {
         return {std::sqrt(a.lane[0]), std::sqrt(a.lane[1]), std::sqrt(a.lane[2]), std::sqrt(a.lane[3])};
     }
+    friend PlainMask operator>(PlainLanes const& a, PlainLanes const& b) {
+        return {{a.lane[0] > b.lane[0], a.lane[1] > b.lane[1], a.lane[2] > b.lane[2], a.lane[3] > b.lane[3]}};
+    }
+    friend PlainMask operator>=(PlainLanes const& a, PlainLanes const& b) {
+        return {{a.lane[0] >= b.lane[0], a.lane[1] >= b.lane[1], a.lane[2] >= b.lane[2], a.lane[3] >= b.lane[3]}};
+    }
+    friend PlainMask operator<(PlainLanes const& a, PlainLanes const& b) { return b > a; }
+    friend PlainMask operator<=(PlainLanes const& a, PlainLanes const& b) { return b >= a; }
+    /// Lane by lane, a where the mask is set, else b.
+    friend PlainLanes Select(PlainMask const& mask, PlainLanes const& a, PlainLanes const& b) {
+        return {mask.lane[0] ? a.lane[0] : b.lane[0], mask.lane[1] ? a.lane[1] : b.lane[1],
+                mask.lane[2] ? a.lane[2] : b.lane[2], mask.lane[3] ? a.lane[3] : b.lane[3]};
+    }
+    friend void Store(PlainLanes const& a, T* out) { std::copy(a.lane, a.lane + 4, out); }
     /// Whether all twelve lanes are exactly 1.
     friend bool AreOne(PlainLanes const& a, PlainLanes const& b, PlainLanes const& c) {
         auto const areOne = [](PlainLanes const& p) {
@@ -74,6 +104,15 @@ inline PlainLanes<double> Widen(PlainLanes<float> const& a) { return {a.lane[0],
 
 #if QUORLAN_HAS_SSE2
 
+/// All bits of a lane set, or none.
+struct Mask4 {
+    __m128 v;
+
+    friend Mask4 operator!(Mask4 a) { return {_mm_xor_ps(a.v, _mm_castsi128_ps(_mm_set1_epi32(-1)))}; }
+    friend Mask4 operator&(Mask4 a, Mask4 b) { return {_mm_and_ps(a.v, b.v)}; }
+    friend Mask4 operator|(Mask4 a, Mask4 b) { return {_mm_or_ps(a.v, b.v)}; }
+};
+
 struct Float4 {
     __m128 v;
 
@@ -89,7 +128,17 @@ struct Float4 {
     // std::min(a, b) keeps a unless b is smaller; the instruction keeps its second operand unless the first is smaller.
     friend Float4 Min(Float4 a, Float4 b) { return _mm_min_ps(b.v, a.v); }
     friend Float4 Max(Float4 a, Float4 b) { return _mm_max_ps(b.v, a.v); }
+    friend Float4 operator-(Float4 a) { return _mm_xor_ps(_mm_set1_ps(-0.0f), a.v); }
+    friend Float4 Abs(Float4 a) { return _mm_andnot_ps(_mm_set1_ps(-0.0f), a.v); }
     friend Float4 Sqrt(Float4 a) { return _mm_sqrt_ps(a.v); }
+    friend Mask4 operator>(Float4 a, Float4 b) { return {_mm_cmpgt_ps(a.v, b.v)}; }
+    friend Mask4 operator>=(Float4 a, Float4 b) { return {_mm_cmpge_ps(a.v, b.v)}; }
+    friend Mask4 operator<(Float4 a, Float4 b) { return {_mm_cmplt_ps(a.v, b.v)}; }
+    friend Mask4 operator<=(Float4 a, Float4 b) { return {_mm_cmple_ps(a.v, b.v)}; }
+    friend Float4 Select(Mask4 mask, Float4 a, Float4 b) {
+        return _mm_or_ps(_mm_and_ps(mask.v, a.v), _mm_andnot_ps(mask.v, b.v));
+    }
+    friend void Store(Float4 a, float* out) { _mm_storeu_ps(out, a.v); }
     friend bool AreOne(Float4 a, Float4 b, Float4 c) {
         __m128 const one = _mm_set1_ps(1);
         return _mm_movemask_ps(_mm_and_ps(_mm_and_ps(_mm_cmpeq_ps(a.v, one), _mm_cmpeq_ps(b.v, one)),
@@ -144,6 +193,9 @@ struct VectorLanes {
 
     friend VectorLanes operator+(VectorLanes const& a, VectorLanes const& b) {
         return {a.x + b.x, a.y + b.y, a.z + b.z};
+    }
+    friend VectorLanes operator-(VectorLanes const& a, VectorLanes const& b) {
+        return {a.x - b.x, a.y - b.y, a.z - b.z};
     }
     friend VectorLanes operator*(VectorLanes const& a, Lanes const& k) { return {a.x * k, a.y * k, a.z * k}; }
     friend VectorLanes operator/(VectorLanes const& a, Lanes const& k) { return {a.x / k, a.y / k, a.z / k}; }

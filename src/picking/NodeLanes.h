@@ -19,10 +19,8 @@ Float4 Broadcast(Float4 a) {
 }
 inline Float4 Yzx(Float4 a) { return _mm_shuffle_ps(a.v, a.v, _MM_SHUFFLE(3, 0, 2, 1)); }
 inline Float4 Zxy(Float4 a) { return _mm_shuffle_ps(a.v, a.v, _MM_SHUFFLE(3, 1, 0, 2)); }
-inline Float4 Abs(Float4 a) { return _mm_andnot_ps(_mm_set1_ps(-0.0f), a.v); }
 inline int GreaterBits(Float4 a, Float4 b) { return _mm_movemask_ps(_mm_cmpgt_ps(a.v, b.v)); }
 inline int GreaterEqualBits(Float4 a, Float4 b) { return _mm_movemask_ps(_mm_cmpge_ps(a.v, b.v)); }
-inline void Store(Float4 a, float (&out)[4]) { _mm_storeu_ps(out, a.v); }
 
 /// The sums and the differences of a node's bounds per axis, in grid cells. Lane 3 is of no meaning.
 inline void LoadNode(QuantizedAxisAlignedBoxTreeNode_s const& node, Float4& sum, Float4& difference) {
@@ -41,9 +39,6 @@ Float4 Broadcast(Float4 const& a) {
 }
 inline Float4 Yzx(Float4 const& a) { return {a.lane[1], a.lane[2], a.lane[0], a.lane[3]}; }
 inline Float4 Zxy(Float4 const& a) { return {a.lane[2], a.lane[0], a.lane[1], a.lane[3]}; }
-inline Float4 Abs(Float4 const& a) {
-    return {std::abs(a.lane[0]), std::abs(a.lane[1]), std::abs(a.lane[2]), std::abs(a.lane[3])};
-}
 inline int GreaterBits(Float4 const& a, Float4 const& b) {
     int bits = 0;
     for (int i = 0; i < 4; ++i) bits |= (a.lane[i] > b.lane[i] ? 1 : 0) << i;
@@ -53,9 +48,6 @@ inline int GreaterEqualBits(Float4 const& a, Float4 const& b) {
     int bits = 0;
     for (int i = 0; i < 4; ++i) bits |= (a.lane[i] >= b.lane[i] ? 1 : 0) << i;
     return bits;
-}
-inline void Store(Float4 const& a, float (&out)[4]) {
-    for (int i = 0; i < 4; ++i) out[i] = a.lane[i];
 }
 
 inline void LoadNode(QuantizedAxisAlignedBoxTreeNode_s const& node, Float4& sum, Float4& difference) {

@@ -38,8 +38,14 @@ void ExpectSame(Lanes const& lanes, Plain const& plain) {
 template <class Real>
 std::vector<Real> OddValues() {
     Real const infinity = std::numeric_limits<Real>::infinity();
-    return {Real{0},  -Real{0},  Real{1},     Real{-2.5}, std::numeric_limits<Real>::denorm_min(),
-            infinity, -infinity, std::nan("")};
+    return {Real{0},
+            -Real{0},
+            Real{1},
+            Real{-2.5},
+            std::numeric_limits<Real>::denorm_min(),
+            infinity,
+            -infinity,
+            std::numeric_limits<Real>::quiet_NaN()};
 }
 
 template <class Lanes, class Plain, class Real>
@@ -63,10 +69,42 @@ void ExpectSameOperations() {
     Lanes const one(Real{1});
     EXPECT_TRUE(AreOne(one, one, one));
     EXPECT_FALSE(AreOne(one, one, Lanes(Real{1}, Real{1}, Real{1}, Real{2})));
-    EXPECT_FALSE(AreOne(one, Lanes(std::nan(""), Real{1}, Real{1}, Real{1}), one));
+    EXPECT_FALSE(AreOne(one, Lanes(std::numeric_limits<Real>::quiet_NaN(), Real{1}, Real{1}, Real{1}), one));
 }
 
 TEST(Lanes, FloatsRoundAsScalarsDo) { ExpectSameOperations<Float4, PlainFloat4, float>(); }
+
+TEST(Lanes, FloatsCompareAndSelectAsScalarsDo) {
+    Float4 const first(1.0f, 2.0f, 3.0f, 4.0f);
+    Float4 const second(5.0f);
+    PlainFloat4 const plainFirst(1.0f, 2.0f, 3.0f, 4.0f);
+    PlainFloat4 const plainSecond(5.0f);
+    for (float const a : OddValues<float>()) {
+        for (float const b : OddValues<float>()) {
+            Float4 const x(a, b, 3.0f, b);
+            Float4 const y(b, a, 3.0f, 7.0f);
+            PlainFloat4 const plainX(a, b, 3.0f, b);
+            PlainFloat4 const plainY(b, a, 3.0f, 7.0f);
+            auto const expectSame = [&](auto const& mask, auto const& plainMask) {
+                ExpectSame(Select(mask, first, second), Select(plainMask, plainFirst, plainSecond));
+                ExpectSame(Select(!mask, first, second), Select(!plainMask, plainFirst, plainSecond));
+            };
+            expectSame(x > y, plainX > plainY);
+            expectSame(x >= y, plainX >= plainY);
+            expectSame(x < y, plainX < plainY);
+            expectSame(x <= y, plainX <= plainY);
+            expectSame((x > y) & (x >= second), (plainX > plainY) & (plainX >= plainSecond));
+            expectSame((x > y) | (x < first), (plainX > plainY) | (plainX < plainFirst));
+            ExpectSame(-x, -plainX);
+            ExpectSame(Abs(x), Abs(plainX));
+            float stored[4];
+            float plainStored[4];
+            Store(x, stored);
+            Store(plainX, plainStored);
+            for (int i = 0; i < 4; ++i) EXPECT_TRUE(SameBits(stored[i], plainStored[i]));
+        }
+    }
+}
 
 TEST(Lanes, DoublesRoundAsScalarsDo) { ExpectSameOperations<Double4, PlainDouble4, double>(); }
 
