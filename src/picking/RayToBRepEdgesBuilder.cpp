@@ -32,10 +32,10 @@ bool RayToBRepEdgesBuilder::Build(std::uint8_t kind, glm::vec3 const& origin, gl
     if (!brep) return false;
 
     Ray3f const ray{ToVector3f(origin), ToVector3f(direction)};
-    NearestEdge const nearest = FindNearestEdge(ray, clippingPlanes, StoredBRepAccess(*brep));
+    NearestSegment const nearest = FindNearestEdge(ray, clippingPlanes, StoredBRepAccess(*brep));
     if (!nearest.IsFound()) return false;
 
-    wireIndex_ = nearest.face;
+    wireIndex_ = nearest.number;
     edgePoint_ = ToGlm(nearest.point);
     rayParameter_ = Dot(nearest.point - ray.origin, ray.direction);
     return true;

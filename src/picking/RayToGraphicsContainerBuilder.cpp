@@ -1,10 +1,10 @@
 #include "model/ModelView.h"
+#include "picking/NearestSegment.h"
 #include "picking/RayArc.h"
-#include "picking/RaySegment.h"
 
 #include <Tools/Picking/RayToGraphicsContainerBuilder.h>
 
-#include <limits>
+#include <cstdint>
 
 namespace Quorlan::Tools::Picking {
 
@@ -26,6 +26,15 @@ ArcSegment ToArcSegment(Schema::ArcSegment const& arc) {
             ToVertex(Quorlan::ToVector3f(arc.startDirection())), arc.radius(), arc.sweepAngle()};
 }
 
+NearestSegment FindNearestLine(Ray3f const& ray, std::vector<glm::vec4> const& planes,
+                               flatbuffers::Vector<Schema::LineSegment const*> const& lines) {
+    NearestSegmentSearch search(ray, planes, ClipRule::kItsClosestPoint);
+    for (std::uint32_t i = 0; i < lines.size(); ++i) {
+        search.Offer(Quorlan::ToVector3f(lines[i]->start()), Quorlan::ToVector3f(lines[i]->end()), i);
+    }
+    return search.Finish();
+}
+
 }  // namespace
 
 bool RayToGraphicsContainerBuilder::Build(glm::vec3 const& origin, glm::vec3 const& direction,
@@ -35,27 +44,24 @@ bool RayToGraphicsContainerBuilder::Build(glm::vec3 const& origin, glm::vec3 con
     if (container == nullptr) return false;
 
     Ray3f const ray{ToVector3f(origin), ToVector3f(direction)};
-    float best = std::numeric_limits<float>::max();
-    std::uint32_t number = 0;
-    auto const offer = [&](ClosestPoint const& candidate) {
-        if (best > candidate.distance && !IsClipped(clippingPlanes, candidate.point)) {
-            best = candidate.distance;
-            nearestPoint_ = ToGlm(candidate.point);
-            hitSegmentNumber_ = number;
-        }
-    };
-    for (auto const* const segment : *container->segments()) {
-        offer(ClosestPointRaySegment(ray, Quorlan::ToVector3f(segment->start()), Quorlan::ToVector3f(segment->end())));
-        ++number;
-    }
+    NearestSegment best = FindNearestLine(ray, clippingPlanes, *container->segments());
+    std::uint64_t number = container->segments()->size();
     for (auto const* const stored : *container->arcs()) {
         ArcSegment const arc = ToArcSegment(*stored);
-        if (!IsArcBeyond(ray, arc, best)) offer(ClosestPointRayArc(ray, arc));
+        if (!IsArcBeyond(ray, arc, best.distance)) {
+            ClosestPoint const candidate = ClosestPointRayArc(ray, arc);
+            if (best.distance > candidate.distance && !IsClipped(clippingPlanes, candidate.point)) {
+                best = {candidate.distance, candidate.point, number};
+            }
+        }
         ++number;
     }
-
+    if (best.IsFound()) {
+        nearestPoint_ = ToGlm(best.point);
+        hitSegmentNumber_ = static_cast<std::uint32_t>(best.number);
+    }
     rayParameter_ = Dot(ToVector3f(nearestPoint_) - ray.origin, ray.direction);
-    return best != std::numeric_limits<float>::max();
+    return best.IsFound();
 }
 
 }  // namespace Quorlan::Tools::Picking
