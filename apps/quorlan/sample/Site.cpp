@@ -1,7 +1,5 @@
 #include "Parts.h"
 
-#include <cmath>
-
 namespace QuorlanSample {
 namespace {
 
@@ -13,8 +11,8 @@ constexpr double kTau = 6.283185307179586;
 std::vector<std::pair<double, double>> SphereProfile(double radius, std::uint32_t rings) {
     std::vector<std::pair<double, double>> profile{{0, -radius}};
     for (std::uint32_t i = 1; i < rings; ++i) {
-        auto const angle = kTau / 2 * i / rings;
-        profile.emplace_back(radius * std::sin(angle), -radius * std::cos(angle));
+        auto const [c, s] = DirectionAt(0.5 * i / rings);
+        profile.emplace_back(radius * s, -radius * c);
     }
     profile.emplace_back(0, radius);
     return profile;

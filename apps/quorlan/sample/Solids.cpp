@@ -7,6 +7,7 @@ namespace QuorlanSample {
 namespace {
 
 constexpr double kTau = 6.283185307179586;
+constexpr double kGrid = 0x1p30;
 
 using Loop = std::vector<std::uint32_t>;
 
@@ -54,7 +55,7 @@ std::pair<double, double> ProfileNormal(std::vector<std::pair<double, double>> c
     auto const& before = profile[i == 0 ? 0 : i - 1];
     auto const& after = profile[i + 1 == profile.size() ? i : i + 1];
     auto const radial = after.second - before.second, axial = before.first - after.first;
-    auto const length = std::hypot(radial, axial);
+    auto const length = std::sqrt(radial * radial + axial * axial);
     return {radial / length, axial / length};
 }
 
@@ -62,8 +63,8 @@ void AddFlatEnd(SolidWithNormals& solid, std::pair<double, double> const& ring, 
     auto const first = static_cast<std::uint32_t>(solid.brep.vertices.size());
     Loop loop;
     for (std::uint32_t k = 0; k < sides; ++k) {
-        auto const angle = kTau * k / sides;
-        solid.brep.vertices.push_back({ring.first * std::cos(angle), ring.first * std::sin(angle), ring.second});
+        auto const [c, s] = DirectionAt(static_cast<double>(k) / sides);
+        solid.brep.vertices.push_back({ring.first * c, ring.first * s, ring.second});
         solid.normals.push_back({0, 0, top ? 1.0 : -1.0});
         loop.push_back(top ? first + k : first + sides - 1 - k);
     }
@@ -76,14 +77,18 @@ void AddRing(SolidWithNormals& solid, std::vector<std::pair<double, double>> con
     auto const [radial, axial] = ProfileNormal(profile, i);
     auto const [radius, z] = profile[i];
     for (std::uint32_t k = 0; k < sides; ++k) {
-        auto const angle = kTau * k / sides;
-        auto const c = std::cos(angle), s = std::sin(angle);
+        auto const [c, s] = DirectionAt(static_cast<double>(k) / sides);
         solid.brep.vertices.push_back({radius * c, radius * s, z});
         solid.normals.push_back({radial * c, radial * s, axial});
     }
 }
 
 }  // namespace
+
+std::pair<double, double> DirectionAt(double turns) {
+    auto const snap = [](double v) { return std::round(v * kGrid) / kGrid; };
+    return {snap(std::cos(kTau * turns)), snap(std::sin(kTau * turns))};
+}
 
 FacetedBRep MakeBox(Vertex const& size) { return MakePlate({0, 0, size.x, size.y}, size.z, {}); }
 

@@ -30,6 +30,10 @@ struct SolidWithUVs {
     std::vector<std::pair<float, float>> uvs;  ///< one per vertex
 };
 
+/// The unit vector (cosine, sine) at a part of a full turn, on a grid so fine that it does not show and so coarse that
+/// every platform's sine gives the same bits.
+std::pair<double, double> DirectionAt(double turns);
+
 /// The box from the origin to `size`.
 FacetedBRep MakeBox(Vertex const& size);
 
