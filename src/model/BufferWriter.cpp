@@ -82,7 +82,9 @@ Offset<Vector<Offset<Table>>> WriteBReps(FlatBufferBuilder& builder, ShapeStore<
         }
         auto const* const vertices = reinterpret_cast<StoredVertex const*>(store.GetFloats(brep.vertices));
         auto const vertexVector = WriteStructs(builder, vertices, brep.vertices.count / store.kStride);
-        tables.push_back(createTable(builder, WriteTables(builder, faces), WriteTables(builder, holes), vertexVector));
+        auto const faceVector = WriteTables(builder, faces);  // one by one: arguments have no order of evaluation
+        auto const holeVector = WriteTables(builder, holes);
+        tables.push_back(createTable(builder, faceVector, holeVector, vertexVector));
     }
     return WriteTables(builder, tables);
 }
