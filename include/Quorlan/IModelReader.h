@@ -17,6 +17,9 @@
 /// All operations are const and may run on several threads at once. Results go into records of the caller, so that one
 /// record serves a whole loop without allocation. A reference that leads nowhere reads as none: the all-zero GUID, an
 /// empty text, no material, no shape.
+///
+/// Readers of other models than buffers can be written against this interface; operations with a default may be left
+/// out there.
 namespace Quorlan {
 
 using GeometryObjectLib::FacetedBRep;
@@ -50,8 +53,8 @@ public:
     /// The identifier text at the reference of a record of kind 1.
     virtual void GetIdentifierString(std::string& out, std::uint32_t reference) const = 0;
 
-    /// The entity's placement as it is stored.
-    virtual void GetPlacementRecord(PlacementRecord& out, std::uint32_t entity) const = 0;
+    /// The entity's placement as it is stored. DEFAULT: the placement of `GetIdentifier`, with its axes rounded.
+    virtual void GetPlacementRecord(PlacementRecord& out, std::uint32_t entity) const;
 };
 
 /// Instances, shapes, materials, textures and layers.
@@ -92,13 +95,14 @@ public:
     /// The lines and arcs of a definition of kind 5. RETURNS false, with `out` empty, if it has none.
     virtual bool GetGraphicsContainer(GraphicsContainer& out, std::uint32_t definition) const = 0;
 
-    virtual std::uint32_t GetPlacementCount() const = 0;
+    /// DEFAULT: one more than the largest index that an instance names.
+    virtual std::uint32_t GetPlacementCount() const;
 
     /// An instance placement. Its matrix is the orthonormal frame in double precision.
     virtual void GetPlacement(AffineTransform& out, std::uint32_t placement) const = 0;
 
-    /// An instance placement as it is stored.
-    virtual void GetPlacementRecord(PlacementRecord& out, std::uint32_t placement) const = 0;
+    /// An instance placement as it is stored. DEFAULT: that of `GetPlacement`, with its axes rounded.
+    virtual void GetPlacementRecord(PlacementRecord& out, std::uint32_t placement) const;
 };
 
 /// The property sets of the entities.
@@ -120,8 +124,8 @@ public:
     virtual std::uint32_t GetLinkCount() const = 0;
     virtual void GetLink(OwnerHistoryLink& out, std::uint32_t link) const = 0;
 
-    /// The number of owner histories that the references of links count through.
-    virtual std::uint32_t GetReferenceCount() const = 0;
+    /// The number of owner histories that the references of links count through. DEFAULT: one more than the largest.
+    virtual std::uint32_t GetReferenceCount() const;
 
     virtual std::uint32_t GetOwnerPartIndex(std::uint32_t reference) const = 0;
     virtual std::uint32_t GetOwnerHistoryIndex(std::uint32_t reference) const = 0;

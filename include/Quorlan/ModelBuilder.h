@@ -20,9 +20,8 @@ public:
     /// An entity that a GUID identifies (kind 0).
     virtual EntityIndex_t AddEntity(_GUID const& guid, std::wstring const& text, AffineTransform const& placement) = 0;
 
-    /// The same with a placement as it was read, so that it is stored without rounding again.
-    virtual EntityIndex_t AddEntityAt(_GUID const& guid, std::wstring const& text,
-                                      PlacementRecord const& placement) = 0;
+    /// The same with a placement as it was read, so that it is stored without rounding again. DEFAULT: `AddEntity`.
+    virtual EntityIndex_t AddEntityAt(_GUID const& guid, std::wstring const& text, PlacementRecord const& placement);
 
     /// An entity that a UTF-8 text identifies (kind 1).
     virtual EntityIndex_t AddEntityWithIdentifierText(std::string const& identifier, std::wstring const& text,
@@ -62,9 +61,9 @@ public:
     virtual void AddInstance(EntityIndex_t entity, GeometryDefinitionIndex_t definition, std::uint32_t material,
                              std::uint32_t layer, AffineTransform const& placement) = 0;
 
-    /// The same with a placement as it was read, so that it is stored without rounding again.
+    /// The same with a placement as it was read, so that it is stored without rounding again. DEFAULT: `AddInstance`.
     virtual void AddInstanceAt(EntityIndex_t entity, GeometryDefinitionIndex_t definition, std::uint32_t material,
-                               std::uint32_t layer, PlacementRecord const& placement) = 0;
+                               std::uint32_t layer, PlacementRecord const& placement);
 };
 
 /// Writes owner histories. Parts and records are written first, joined by an owner history, and then linked.

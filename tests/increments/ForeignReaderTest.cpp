@@ -63,13 +63,8 @@ public:
         out = {{{{0, 0, 0}, {1, 2, 3}}}, {}};
         return true;
     }
-    std::uint32_t GetPlacementCount() const override { return 1; }
     void GetPlacement(AffineTransform& out, std::uint32_t) const override {
         out = TestSupport::MakeTranslation(5, 6, 7);
-    }
-    void GetPlacementRecord(PlacementRecord& out, std::uint32_t index) const override {
-        // One operation of this name serves entities and one placements; here both stand on the z axis.
-        out = {{0, 0, static_cast<double>(index)}, {1, 0, 0}, {0, 1, 0}};
     }
 
     std::uint32_t GetPropertyCount(EntityIndex_t entity) const override { return static_cast<std::uint32_t>(entity); }
@@ -77,7 +72,6 @@ public:
 
     std::uint32_t GetLinkCount() const override { return 2; }
     void GetLink(OwnerHistoryLink& out, std::uint32_t link) const override { out = {EntityIndex_t{link * 9}, 3}; }
-    std::uint32_t GetReferenceCount() const override { return 4; }
     std::uint32_t GetOwnerPartIndex(std::uint32_t reference) const override { return reference; }
     std::uint32_t GetOwnerHistoryIndex(std::uint32_t reference) const override { return reference; }
     void GetOwnerHistoryLinkRecord(OwnerHistoryLinkRecord& out, std::uint32_t reference) const override {
@@ -101,6 +95,7 @@ TEST(ForeignReader, IncrementModelBuilderReadsThroughThePublicOperationsAlone) {
     EXPECT_EQ(content[0].instances.size(), 1u);
     EXPECT_EQ(content[0].instances.at(0).kind, 5u);
     EXPECT_EQ(content[1].instances.at(0).kind, 7u);
+    EXPECT_EQ(content[1].instances.at(0).points.at(0).z, 7);
     EXPECT_EQ(content[1].instances.at(0).layer, "Layer");
     EXPECT_TRUE(content[1].instances.at(0).material->texture);
     EXPECT_EQ(content[1].history.changeAction, Action::MODIFIED);
@@ -108,6 +103,18 @@ TEST(ForeignReader, IncrementModelBuilderReadsThroughThePublicOperationsAlone) {
     EXPECT_EQ(content[1].owner.user, "3");
     EXPECT_EQ(content[0].owner.user, std::to_string(kInvalidIndex)) << "the reader's answer for no owner history";
     EXPECT_EQ(content[0].link.lastModifyingUser, std::to_string(kInvalidIndex));
+}
+
+TEST(ForeignReader, OperationsWithADefaultFollowFromTheOthers) {
+    HouseReader const house;
+    PlacementRecord placement;
+    house.IEntityReader::GetPlacementRecord(placement, 1);
+    EXPECT_EQ(placement.origin, (std::array<double, 3>{0, 0, 1}));
+    house.IGeometryReader::GetPlacementRecord(placement, 0);
+    EXPECT_EQ(placement.origin, (std::array<double, 3>{5, 6, 7}));
+    EXPECT_EQ(placement.xAxis, (std::array<float, 3>{1, 0, 0}));
+    EXPECT_EQ(house.GetPlacementCount(), 1u);
+    EXPECT_EQ(house.GetReferenceCount(), 4u);
 }
 
 TEST(ForeignReader, EntityMergerReadsThroughThePublicOperationsAlone) {
