@@ -1,3 +1,5 @@
+#include "picking/PlainDistance.h"
+
 #include <Quorlan/ModelBuilder.h>
 #include <Tools/Picking/RayToBRepEdgesBuilder.h>
 #include <Tools/Picking/RayToFacetedBRepEdgesBuilder.h>
@@ -17,6 +19,7 @@ using GeometryObjectLib::Plane3f;
 using GeometryObjectLib::Ray3f;
 using GeometryObjectLib::Vector3f;
 using GeometryObjectLib::Vertex;
+using Quorlan::Benchmarks::PlainDistance;
 using Quorlan::Tools::Picking::RayToBRepEdgesBuilder;
 using Quorlan::Tools::Picking::RayToFacetedBRepEdgesBuilder;
 
@@ -77,30 +80,6 @@ bool IsOutside(std::vector<Plane3f> const& planes, Vector3f const& p) {
     return false;
 }
 
-/// The plain closed form for the ray's line, with the ends and the origin tried one by one.
-float Distance(Ray3f const& ray, Vector3f const& p, Vector3f const& q, Vector3f& point) {
-    Vector3f const span = q - p;
-    float const along = Dot(ray.direction, span);
-    float const lengthSquared = Dot(span, span);
-    Vector3f const offset = p - ray.origin;
-    float const det = lengthSquared - along * along;
-    float best = std::numeric_limits<float>::max();
-    auto const offer = [&](float s) {
-        Vector3f const candidate = p + std::fmin(std::fmax(s, 0.0f), 1.0f) * span;
-        float const t = std::fmax(Dot(candidate - ray.origin, ray.direction), 0.0f);
-        float const distance = Length(candidate - (ray.origin + t * ray.direction));
-        if (distance < best) {
-            best = distance;
-            point = candidate;
-        }
-    };
-    offer((Dot(offset, ray.direction) * along - Dot(offset, span)) / det);
-    offer(-Dot(offset, span) / lengthSquared);
-    offer(0);
-    offer(1);
-    return best;
-}
-
 float PlainSearch(Ray3f const& ray, std::vector<Plane3f> const& clippingPlanes, FacetedBRep const& brep) {
     std::vector<Plane3f> const planes = clippingPlanes;
     float best = std::numeric_limits<float>::max();
@@ -110,7 +89,7 @@ float PlainSearch(Ray3f const& ray, std::vector<Plane3f> const& clippingPlanes, 
             Vector3f const q = Narrow(brep.vertices[loop[(j + 1) % loop.size()]]);
             if (IsOutside(planes, p, q)) continue;
             Vector3f point;
-            float const distance = Distance(ray, p, q, point);
+            float const distance = PlainDistance(ray, p, q, point);
             if (!IsOutside(planes, point) && best > distance) best = distance;
         }
     }

@@ -1,3 +1,5 @@
+#include "picking/PlainDistance.h"
+
 #include <Quorlan/ModelBuilder.h>
 #include <Tools/Picking/RayToGraphicsContainerBuilder.h>
 
@@ -8,12 +10,16 @@
 #include <limits>
 #include <random>
 
-/// Segments and arcs of a drawing per ray; arcs beside the search that samples each of them.
+/// Segments and arcs of a drawing per ray; segments beside the plain closed form, arcs beside the search that samples
+/// each of them.
 namespace {
 
 using GeometryObjectLib::ArcSegment;
 using GeometryObjectLib::GraphicsContainer;
+using GeometryObjectLib::Ray3f;
+using GeometryObjectLib::Vector3f;
 using GeometryObjectLib::Vertex;
+using Quorlan::Benchmarks::PlainDistance;
 using Quorlan::Tools::Picking::RayToGraphicsContainerBuilder;
 
 constexpr int kSamplesPerArc = 64;
@@ -76,6 +82,25 @@ void Pick(benchmark::State& state, GraphicsContainer const& drawing) {
 
 void Segments(benchmark::State& state) { Pick(state, Drawing(state.range(0), 0)); }
 
+void PlainSegments(benchmark::State& state) {
+    GraphicsContainer const drawing = Drawing(state.range(0), 0);
+    auto const narrow = [](Vertex const& v) {
+        return Vector3f{static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
+    };
+    std::uint32_t step = 0;
+    for (auto _ : state) {
+        glm::vec3 const d = DirectionTo(TargetOf(step++));
+        Ray3f const ray{{kEye.x, kEye.y, kEye.z}, {d.x, d.y, d.z}};
+        Vector3f point;
+        float best = std::numeric_limits<float>::max();
+        for (auto const& line : drawing.lines) {
+            best = std::min(best, PlainDistance(ray, narrow(line.start), narrow(line.end), point));
+        }
+        benchmark::DoNotOptimize(best);
+    }
+    SetElementCount(state);
+}
+
 void Arcs(benchmark::State& state) { Pick(state, Drawing(0, state.range(0))); }
 
 double SampledDistance(ArcSegment const& arc, Vertex const& eye, Vertex const& direction) {
@@ -103,6 +128,7 @@ void SampledArcs(benchmark::State& state) {
 }
 
 BENCHMARK(Segments)->RangeMultiplier(10)->Range(100, 100000);
+BENCHMARK(PlainSegments)->RangeMultiplier(10)->Range(100, 100000);
 BENCHMARK(Arcs)->RangeMultiplier(10)->Range(100, 100000);
 BENCHMARK(SampledArcs)->RangeMultiplier(10)->Range(100, 10000);
 
