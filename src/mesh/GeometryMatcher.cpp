@@ -13,7 +13,7 @@ using GeometryObjectLib::Dot;
 using GeometryObjectLib::Length;
 using GeometryObjectLib::Matrix4;
 
-constexpr std::uint64_t kNoKey = ~std::uint64_t{0};
+constexpr std::uint64_t kNoKey = KeyIndex::kNone;
 constexpr std::uint32_t kSignatureFactor = 1521134295;  // 0x5AAAAAD7
 constexpr double kSmallestDeterminant = 1e-15;          ///< of a reference frame, [model units^4]
 
@@ -30,6 +30,8 @@ struct FoldedRun {
         scale = 0u - scale * kSignatureFactor;
         offset = index - offset * kSignatureFactor;
     }
+
+    std::uint32_t ApplyTo(std::uint32_t signature) const { return offset + signature * scale; }
 };
 
 /// The farthest of `vertices` by `measureSquared`. Lengths decide, not their squares: two different squares may have
@@ -51,7 +53,11 @@ std::uint32_t FindFarthest(std::vector<Vertex> const& vertices, Measure const& m
     return farthest;
 }
 
-bool IsFinite(Vertex const& v) { return std::isfinite(v.x) && std::isfinite(v.y) && std::isfinite(v.z); }
+std::uint64_t Mix(std::uint64_t value) {
+    constexpr std::uint64_t kFactor = 0xD6E8FEB86659FD93;  // odd, half of its bits set
+    value = (value ^ value >> 32) * kFactor;
+    return value ^ value >> 32;
+}
 
 bool Contains(std::vector<Vertex> const& vertices, ReferencePair const& pair) {
     return vertices.size() > pair.first && vertices.size() > pair.second;
@@ -61,26 +67,20 @@ double MeasureSize(std::vector<Vertex> const& vertices, ReferencePair const& pai
     return Length(vertices[pair.first] - vertices[0]) + Length(vertices[pair.second] - vertices[0]);
 }
 
-/// The inverse of a reference frame: the rows of its linear part, and the frame's origin as they map it.
+/// The inverse of a reference frame: the rows of its linear part, and the frame's origin as they map it. Where the
+/// determinant is out of range its values are zero or no numbers, and nothing matches.
 struct InverseFrame {
     Vertex rows[3];
     Vertex origin;
-};
 
-std::optional<InverseFrame> Invert(ReferenceFrame const& frame) {
-    double const determinant = Dot(frame.z, frame.z);  // X . (Y x Z), as Z is X x Y
-    InverseFrame inverse;
-    inverse.rows[0] = Cross(frame.y, frame.z) / determinant;
-    inverse.rows[1] = Cross(frame.z, frame.x) / determinant;
-    inverse.rows[2] = frame.z / determinant;
-    inverse.origin = {Dot(inverse.rows[0], frame.origin), Dot(inverse.rows[1], frame.origin),
-                      Dot(inverse.rows[2], frame.origin)};
-    for (Vertex const& row : inverse.rows) {
-        if (!IsFinite(row)) return std::nullopt;
+    explicit InverseFrame(ReferenceFrame const& frame) {
+        double const determinant = Dot(frame.z, frame.z);  // X . (Y x Z), as Z is X x Y
+        rows[0] = Cross(frame.y, frame.z) / determinant;
+        rows[1] = Cross(frame.z, frame.x) / determinant;
+        rows[2] = frame.z / determinant;
+        origin = {Dot(rows[0], frame.origin), Dot(rows[1], frame.origin), Dot(rows[2], frame.origin)};
     }
-    if (!IsFinite(inverse.origin)) return std::nullopt;
-    return inverse;
-}
+};
 
 /// A rigid transform as three unit axes and a translation.
 struct RigidTransform {
@@ -99,24 +99,22 @@ struct RigidTransform {
     }
 };
 
+Vertex Normalize(Vertex const& v) { return v / Length(v); }
+
 /// The product of a frame with an inverse frame, its linear part made orthonormal from its first two columns. The
-/// translation is the product's own. Empty where an axis has no length.
-std::optional<RigidTransform> MakeRigid(ReferenceFrame const& stored, InverseFrame const& inverse) {
+/// translation is the product's own. Where an axis has no length, its values are no numbers.
+RigidTransform MakeRigid(ReferenceFrame const& stored, InverseFrame const& inverse) {
     auto const map = [&stored](double a, double b, double c) { return stored.x * a + stored.y * b + stored.z * c; };
     auto const& r = inverse.rows;
     Vertex const x = map(r[0].x, r[1].x, r[2].x);
     Vertex const z = Cross(x, map(r[0].y, r[1].y, r[2].y));
     Vertex const y = Cross(z, x);
-
-    RigidTransform const rigid{x / Length(x), y / Length(y), z / Length(z),
-                               stored.origin - map(inverse.origin.x, inverse.origin.y, inverse.origin.z)};
-    if (!IsFinite(rigid.x) || !IsFinite(rigid.y) || !IsFinite(rigid.z) || !IsFinite(rigid.translation)) {
-        return std::nullopt;
-    }
-    return rigid;
+    return {Normalize(x), Normalize(y), Normalize(z),
+            stored.origin - map(inverse.origin.x, inverse.origin.y, inverse.origin.z)};
 }
 
-/// Vertices are compared position by position. One that is not a number agrees with nothing.
+/// Vertices are compared position by position. What is not a number, in a vertex or in the transform, agrees with
+/// nothing.
 bool HasSameVertices(RigidTransform const& rigid, std::vector<Vertex> const& vertices,
                      std::vector<Vertex> const& stored, double tolerance) {
     double const toleranceSquared = tolerance * tolerance;
@@ -166,9 +164,11 @@ bool HasSameLoops(FacetedBRep const& shape, std::vector<std::uint32_t> const& fl
     bool const agree = VisitLoops(shape, [&](auto const& loop, std::uint32_t innerCount) {
         if (flat.size() - position < 2 + loop.size()) return false;
         if (flat[position] != loop.size() || flat[position + 1] != innerCount) return false;
-        auto const begin = flat.begin() + static_cast<std::ptrdiff_t>(position) + 2;
+        std::uint32_t const* const stored = flat.data() + position + 2;
         position += 2 + loop.size();
-        return std::equal(loop.begin(), loop.end(), begin);
+        std::uint32_t difference = 0;
+        for (std::size_t i = 0; i < loop.size(); ++i) difference |= loop[i] ^ stored[i];
+        return difference == 0;
     });
     return agree && position == flat.size();
 }
@@ -208,19 +208,41 @@ std::uint32_t ComputeSignature(FacetedBRep const& shape, std::size_t vertexCount
     }
     auto signature = static_cast<std::uint32_t>((shape.holes.size() * 256 + shape.faces.size()) * 256 + vertexCount);
     for (auto const& loop : shape.faces) {
-        for (std::uint32_t const index : loop) signature = index - signature * kSignatureFactor;
-        signature = innerRun.offset + signature * innerRun.scale;
+        FoldedRun outerRun;  // of its own, so that faces are folded side by side
+        for (std::uint32_t const index : loop) outerRun.Append(index);
+        signature = innerRun.ApplyTo(outerRun.ApplyTo(signature));
     }
     return signature;
 }
+
+struct GeometryMatcher::Match {
+    std::uint64_t key = kNoKey;  ///< the smallest that was found
+    RigidTransform transform;
+};
+
+/// A shape as it is compared with the entries of one reference pair.
+struct GeometryMatcher::Sought {
+    std::uint32_t signature;
+    ReferencePair pair;
+    double size;
+    std::vector<Vertex> const& vertices;
+    FacetedBRep const& loops;
+};
+
+GeometryMatcher::GeometryMatcher(double tolerance)
+    : tolerance_(tolerance), cellsPerUnit_(1 / (kCellWidthInTolerances * tolerance)) {}
 
 bool GeometryMatcher::Query(std::vector<Vertex> const& vertices, FacetedBRep const& loops, std::uint64_t& key,
                             AffineTransform& transform) {
     ++callCount_;
     std::uint32_t const signature = ComputeSignature(loops, vertices.size());
-    key = FindFirstMatch(signature, vertices, loops, transform);
-    if (key != kNoKey) return true;
-
+    Match match;
+    FindFirst(signature, vertices, loops, match);
+    if (match.key != kNoKey) {
+        key = match.key;
+        transform = AffineTransform::FromMatrix(match.transform.ToMatrix());
+        return true;
+    }
     key = entries_.size();
     transform = AffineTransform();
     MatcherEntry& entry = entries_.emplace_back();
@@ -229,70 +251,87 @@ bool GeometryMatcher::Query(std::vector<Vertex> const& vertices, FacetedBRep con
     if (!frame) return false;
     entry.frame = *frame;
     entry.size = MeasureSize(vertices, *pair);
-    entry.nextInCell = kNoKey;
+    entry.signature = signature;
+    entry.pair = *pair;
     entry.vertices = vertices;
     entry.loops = FlattenLoops(loops);
-    Register(signature, *pair, key);
+    Register(key);
     return false;
 }
 
-std::uint64_t GeometryMatcher::FindFirstMatch(std::uint32_t signature, std::vector<Vertex> const& vertices,
-                                              FacetedBRep const& loops, AffineTransform& transform) const {
-    auto const bucket = pairsBySignature_.find(signature);
-    if (bucket == pairsBySignature_.end()) return kNoKey;
-
-    std::uint64_t best = kNoKey;
-    RigidTransform bestTransform;
-    for (ReferencePair const& pair : bucket->second) {
+void GeometryMatcher::FindFirst(std::uint32_t signature, std::vector<Vertex> const& vertices, FacetedBRep const& loops,
+                                Match& match) const {
+    auto const list = pairsBySignature_.Find(signature);
+    if (list == kNoKey) return;
+    ReferencePair measured;
+    double firstLength = 0;
+    for (auto const& [pair, pairHash] : pairs_[list]) {
         if (!Contains(vertices, pair)) continue;
-        double const size = MeasureSize(vertices, pair);
-        std::optional<InverseFrame> inverse;
+        if (pair.first != measured.first) firstLength = Length(vertices[pair.first] - vertices[0]);
+        measured = pair;
+        double const size = firstLength + Length(vertices[pair.second] - vertices[0]);
         // The sizes s with |s - size| <= 2 tolerances all lie in these cells, as rounding keeps the order of numbers.
         std::int64_t const lastCell = CellOf(size + 2 * tolerance_);
         for (std::int64_t cell = CellOf(size - 2 * tolerance_); cell <= lastCell; ++cell) {
-            auto const chain = cells_.find({signature, pair, cell});
-            if (chain == cells_.end()) continue;
-            for (auto key = chain->second.head; key < best; key = entries_[key].nextInCell) {
-                MatcherEntry const& entry = entries_[key];
-                if (std::abs(entry.size - size) > 2 * tolerance_ || entry.vertices.size() != vertices.size()) continue;
-                if (!inverse) {
-                    auto const frame = MakeReferenceFrame(vertices, pair);
-                    if (frame) inverse = Invert(*frame);
-                    if (!inverse) break;
-                }
-                auto const rigid = MakeRigid(entry.frame, *inverse);
-                if (!rigid || !HasSameVertices(*rigid, vertices, entry.vertices, tolerance_)) continue;
-                if (!HasSameLoops(loops, entry.loops)) continue;
-                best = key;
-                bestTransform = *rigid;
-            }
+            std::uint64_t const first = firstByCell_.Find(CellKey(pairHash, cell));
+            if (first < match.key) FindInCell(first, {signature, pair, size, vertices, loops}, match);
         }
     }
-    if (best != kNoKey) transform = AffineTransform::FromMatrix(bestTransform.ToMatrix());
-    return best;
 }
 
-void GeometryMatcher::Register(std::uint32_t signature, ReferencePair const& pair, std::uint64_t key) {
-    auto& pairs = pairsBySignature_[signature];
-    if (std::find(pairs.begin(), pairs.end(), pair) == pairs.end()) pairs.push_back(pair);
+void GeometryMatcher::FindInCell(std::uint64_t first, Sought const& sought, Match& match) const {
+    std::optional<InverseFrame> inverse;
+    for (std::uint64_t key = first; key < match.key; key = entries_[key].nextInCell) {
+        MatcherEntry const& entry = entries_[key];
+        if (std::abs(entry.size - sought.size) > 2 * tolerance_) continue;
+        if (entry.signature != sought.signature || !(entry.pair == sought.pair)) continue;
+        if (entry.vertices.size() != sought.vertices.size()) continue;
+        if (!inverse) {
+            auto const frame = MakeReferenceFrame(sought.vertices, sought.pair);
+            if (!frame) return;
+            inverse.emplace(*frame);
+        }
+        RigidTransform const rigid = MakeRigid(entry.frame, *inverse);
+        if (!HasSameVertices(rigid, sought.vertices, entry.vertices, tolerance_)) continue;
+        if (HasSameLoops(sought.loops, entry.loops)) match = {key, rigid};
+    }
+}
 
-    auto const [chain, isNew] =
-        cells_.try_emplace(CellId{signature, pair, CellOf(entries_[key].size)}, CellChain{key, key});
-    if (isNew) return;
-    entries_[chain->second.tail].nextInCell = key;
-    chain->second.tail = key;
+GeometryMatcher::SeenPair const& GeometryMatcher::FindOrAddPair(std::uint32_t signature, ReferencePair const& pair) {
+    auto list = pairsBySignature_.Find(signature);
+    if (list == kNoKey) {
+        list = pairs_.size();
+        pairs_.emplace_back();
+        pairsBySignature_.Insert(signature, list);
+    }
+    auto& pairs = pairs_[list];
+    auto const seen = std::find_if(pairs.begin(), pairs.end(), [&](SeenPair const& s) { return s.pair == pair; });
+    if (seen != pairs.end()) return *seen;
+    std::uint64_t const indices = static_cast<std::uint64_t>(pair.first) << 32 | pair.second;
+    return pairs.emplace_back(SeenPair{pair, Mix(Mix(signature) ^ indices)});
+}
+
+void GeometryMatcher::Register(std::uint64_t key) {
+    MatcherEntry& entry = entries_[key];
+    std::uint64_t const pairHash = FindOrAddPair(entry.signature, entry.pair).hash;
+    std::uint64_t const cell = CellKey(pairHash, CellOf(entry.size));
+    std::uint64_t const first = firstByCell_.Find(cell);
+    if (first == kNoKey) {
+        entry.lastInCell = key;
+        firstByCell_.Insert(cell, key);
+    } else {
+        entries_[entries_[first].lastInCell].nextInCell = key;
+        entries_[first].lastInCell = key;
+    }
 }
 
 std::int64_t GeometryMatcher::CellOf(double size) const {
-    constexpr double kLastCell = 4611686018427387904.0;  // 2^62; sizes beyond it and those that are no number
-    return static_cast<std::int64_t>(std::min(kLastCell, size / (kCellWidthInTolerances * tolerance_)));
+    constexpr double kLastCell = 4611686018427387904.0;  // 2^62: larger sizes, and those that are no number
+    return static_cast<std::int64_t>(std::min(kLastCell, size * cellsPerUnit_));
 }
 
-std::size_t GeometryMatcher::CellHash::operator()(CellId const& id) const {
-    constexpr std::uint64_t kMix = 0x9E3779B97F4A7C15;  // 2^64 over the golden ratio
-    std::uint64_t hash = (static_cast<std::uint64_t>(id.signature) << 32 ^ static_cast<std::uint64_t>(id.cell)) * kMix;
-    hash = (hash ^ hash >> 29 ^ (static_cast<std::uint64_t>(id.pair.first) << 32 | id.pair.second)) * kMix;
-    return static_cast<std::size_t>(hash ^ hash >> 32);
+std::uint64_t GeometryMatcher::CellKey(std::uint64_t pairHash, std::int64_t cell) {
+    return pairHash + static_cast<std::uint64_t>(cell);  // near cells lie side by side and stay apart
 }
 
 }  // namespace Quorlan::Tools

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "mesh/KeyIndex.h"
+
 #include <GeometryObjectLib/AffineTransform.h>
 #include <GeometryObjectLib/FacetedBRep.h>
 #include <Quorlan/ModelTypes.h>
@@ -7,7 +9,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <optional>
-#include <unordered_map>
 #include <vector>
 
 namespace Quorlan::Tools {
@@ -46,8 +47,11 @@ std::uint32_t ComputeSignature(FacetedBRep const& shape, std::size_t vertexCount
 /// What the matcher keeps of a shape.
 struct MatcherEntry {
     ReferenceFrame frame;
-    double size = 0;               ///< sum of the lengths of the frame's X and Y
-    std::uint64_t nextInCell = 0;  ///< the next key of the same cell, larger than this one's
+    double size = 0;  ///< sum of the lengths of the frame's X and Y
+    std::uint32_t signature = 0;
+    ReferencePair pair;
+    std::uint64_t nextInCell = KeyIndex::kNone;  ///< the next larger key of the same cell
+    std::uint64_t lastInCell = KeyIndex::kNone;  ///< kept by the first of a cell
     std::vector<Vertex> vertices;
     std::vector<std::uint32_t> loops;  ///< of all faces in one run: counts before what they count
 };
@@ -60,7 +64,7 @@ struct MatcherEntry {
 class GeometryMatcher {
 public:
     /// `tolerance` [model units] is the farthest that a vertex may lie from its counterpart.
-    explicit GeometryMatcher(double tolerance) : tolerance_(tolerance) {}
+    explicit GeometryMatcher(double tolerance);
 
     /// RETURNS true if `shape` is a copy of an earlier shape: `key` is that shape's and `transform` maps `shape` onto
     /// it. Otherwise the shape is new: `key` is the next one, counted from 0, and `transform` the identity. A new shape
@@ -77,37 +81,33 @@ public:
     std::uint64_t GetNewShapeCount() const { return entries_.size(); }
 
 private:
-    /// Where the shapes of one signature, one reference pair and about one size are found.
-    struct CellId {
-        std::uint32_t signature;
+    struct Match;
+    struct Sought;
+
+    /// A pair that occurs with a signature.
+    struct SeenPair {
         ReferencePair pair;
-        std::int64_t cell;
-
-        bool operator==(CellId const& other) const {
-            return signature == other.signature && pair == other.pair && cell == other.cell;
-        }
+        std::uint64_t hash;  ///< of the signature and the pair
     };
 
-    struct CellHash {
-        std::size_t operator()(CellId const& id) const;
-    };
-
-    /// The keys of a cell, linked in ascending order through the entries.
-    struct CellChain {
-        std::uint64_t head;
-        std::uint64_t tail;
-    };
-
-    std::uint64_t FindFirstMatch(std::uint32_t signature, std::vector<Vertex> const& vertices, FacetedBRep const& loops,
-                                 AffineTransform& transform) const;
-    void Register(std::uint32_t signature, ReferencePair const& pair, std::uint64_t key);
+    /// The hash of where the shapes of one signature, one pair and about one size are found. Others may share it; the
+    /// entries tell.
+    static std::uint64_t CellKey(std::uint64_t pairHash, std::int64_t cell);
+    SeenPair const& FindOrAddPair(std::uint32_t signature, ReferencePair const& pair);
     std::int64_t CellOf(double size) const;
 
+    void FindFirst(std::uint32_t signature, std::vector<Vertex> const& vertices, FacetedBRep const& loops,
+                   Match& match) const;
+    void FindInCell(std::uint64_t first, Sought const& sought, Match& match) const;
+    void Register(std::uint64_t key);
+
     double tolerance_;
+    double cellsPerUnit_;
     std::uint64_t callCount_ = 0;
     std::vector<MatcherEntry> entries_;
-    std::unordered_map<std::uint32_t, std::vector<ReferencePair>> pairsBySignature_;
-    std::unordered_map<CellId, CellChain, CellHash> cells_;
+    std::vector<std::vector<SeenPair>> pairs_;  ///< those that occur, by signature
+    KeyIndex pairsBySignature_;                 ///< into `pairs_`
+    KeyIndex firstByCell_;                      ///< the smallest key
 };
 
 }  // namespace Quorlan::Tools
