@@ -87,6 +87,7 @@ struct PlainMatcher {
         std::size_t i0;
         std::size_t i1;
         bool isRegistered;
+        std::uint32_t signature;
     };
     std::vector<Entry> entries;
 
@@ -113,12 +114,12 @@ struct PlainMatcher {
     }
 
     bool Query(FacetedBRep const& shape, std::uint64_t& key, Matrix4& t) {
+        std::uint32_t const signature = PlainSignature(shape);
         for (key = 0; key < entries.size(); ++key) {
-            bool const isCandidate =
-                entries[key].isRegistered && PlainSignature(entries[key].shape) == PlainSignature(shape);
+            bool const isCandidate = entries[key].isRegistered && entries[key].signature == signature;
             if (isCandidate && Matches(shape, entries[key], t)) return true;
         }
-        Entry entry{shape, Matrix4(), 0, 0, false};
+        Entry entry{shape, Matrix4(), 0, 0, false, signature};
         entry.isRegistered = PlainPair(shape.vertices, entry.i0, entry.i1) &&
                              PlainFrame(shape.vertices, entry.i0, entry.i1, entry.frame);
         entries.push_back(entry);
@@ -279,7 +280,7 @@ TEST(GeometryMatcher, AnswersAsTheTranscriptionDoes) {
     SCOPED_TRACE("seed " + std::to_string(seed));
     std::mt19937 random(seed);
     int known = 0;
-    for (int run = 0; run < 5; ++run) {
+    for (int run = 0; run < 3; ++run) {
         GeometryMatcher matcher(kTolerance);
         PlainMatcher plain;
         for (int i = 0; i < 400; ++i) {
@@ -296,7 +297,7 @@ TEST(GeometryMatcher, AnswersAsTheTranscriptionDoes) {
         }
     }
     EXPECT_GT(known, 200);
-    EXPECT_LT(known, 1900);
+    EXPECT_LT(known, 1100);
 }
 
 }  // namespace
