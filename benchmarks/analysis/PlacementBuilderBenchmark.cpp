@@ -15,6 +15,17 @@ namespace {
 using namespace Quorlan;
 using Benchmarks::BuildingModel;
 
+void PlacementsOfNewTool(benchmark::State& state) {
+    auto const& model = BuildingModel::OfSize(state.range(0));
+    for (auto _ : state) {
+        Tools::PlacementBuilder builder;
+        if (!builder.Build(model.buffer.data())) state.SkipWithError("no placements");
+        benchmark::DoNotOptimize(builder.getPlacements().data());
+    }
+    Benchmarks::CountInstances(state);
+}
+BENCHMARK(PlacementsOfNewTool)->Apply(Benchmarks::ModelSizes);
+
 void Placements(benchmark::State& state) {
     auto const& model = BuildingModel::OfSize(state.range(0));
     Tools::PlacementBuilder builder;

@@ -13,7 +13,7 @@ bool BoundingBoxBuilder::Build(AffineTransform const& transform, void const* buf
     auto const caller = FrameLanes::FromFrame(Frame(transform));
     InstanceArrays const arrays(*model);
     FillByLanes(boundingBoxes_, arrays.count, [&](std::uint32_t first, AxisAlignedBox3* out) {
-        InstanceLanes const instances(arrays, first);
+        InstanceLanes const instances(arrays, first, true);
         auto const world = caller * (instances.GetEntityPlacements().ToFrame() * instances.GetPlacements().ToFrame());
         VectorLanes<Float4> lo;
         VectorLanes<Float4> hi;

@@ -4,8 +4,10 @@
 #include "model/ModelView.h"
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstring>
+#include <type_traits>
 #include <vector>
 
 /// Instances of a model buffer, four at a time, in the lanes of `geometry/Lanes.h`.
@@ -21,6 +23,7 @@ using GeometryObjectLib::FrameLanes;
 using GeometryObjectLib::VectorLanes;
 
 constexpr std::uint32_t kLaneCount = 4;
+constexpr std::uint32_t kPrefetchDistance = 32;  ///< [instances]
 
 /// Four records of one kind, wherever in the buffer they lie.
 using RecordLanes = std::uint8_t const* [kLaneCount];
@@ -61,15 +64,36 @@ struct PlacementLanes {
     VectorLanes<Float4> yAxis;
 
     PlacementLanes(RecordLanes const& records, std::size_t offset) {
-        double o[kLaneCount][3];
-        for (std::size_t lane = 0; lane < kLaneCount; ++lane) std::memcpy(o[lane], records[lane] + offset, sizeof(*o));
-        origin = {Double4(o[0][0], o[1][0], o[2][0], o[3][0]), Double4(o[0][1], o[1][1], o[2][1], o[3][1]),
-                  Double4(o[0][2], o[1][2], o[2][2], o[3][2])};
+        LoadOrigins(records, offset);
         LoadTriples(records, offset + 24, xAxis, yAxis);
     }
 
     FrameLanes ToFrame() const { return FrameLanes::FromAxes(origin, xAxis, yAxis); }
     DoubleFrameLanes ToDoubleFrame() const { return DoubleFrameLanes::FromAxes(origin, xAxis, yAxis); }
+
+private:
+    void LoadOrigins(RecordLanes const& records, std::size_t offset) {
+#if QUORLAN_HAS_SSE2
+        auto const at = [&](std::size_t lane) { return reinterpret_cast<double const*>(records[lane] + offset); };
+        auto const loadPair = [&](std::size_t lane, __m128d& x, __m128d& y, __m128d& z) {
+            __m128d const a = _mm_loadu_pd(at(lane));
+            __m128d const b = _mm_loadu_pd(at(lane + 1));
+            x = _mm_unpacklo_pd(a, b);
+            y = _mm_unpackhi_pd(a, b);
+            z = _mm_loadh_pd(_mm_load_sd(at(lane) + 2), at(lane + 1) + 2);
+        };
+        loadPair(0, origin.x.lo, origin.y.lo, origin.z.lo);
+        loadPair(2, origin.x.hi, origin.y.hi, origin.z.hi);
+#else
+        for (std::size_t lane = 0; lane < kLaneCount; ++lane) {
+            double v[3];
+            std::memcpy(v, records[lane] + offset, sizeof(v));
+            origin.x.lane[lane] = v[0];
+            origin.y.lane[lane] = v[1];
+            origin.z.lane[lane] = v[2];
+        }
+#endif
+    }
 };
 
 /// The arrays that instances lead into, found once so that the loops walk no tables.
@@ -87,7 +111,25 @@ struct InstanceArrays {
     std::uint8_t const* entities;
     std::uint8_t const* definitions;
 
+    Schema::Instance const& GetInstance(std::uint32_t index) const {
+        return *reinterpret_cast<Schema::Instance const*>(At<Schema::Instance>(instances, index));
+    }
+    std::uint8_t const* GetPlacement(Schema::Instance const& instance) const {
+        return At<Schema::Placement>(placements, instance.placementIndex());
+    }
+    std::uint8_t const* GetEntity(Schema::Instance const& instance) const {
+        return At<Schema::EntityRecord>(entities, instance.entityIndex());
+    }
+    std::uint8_t const* GetDefinition(Schema::Instance const& instance) const {
+        return At<Schema::GeometryDefinitionInfo>(definitions, instance.definitionIndex());
+    }
+
 private:
+    template <class Record>
+    static std::uint8_t const* At(std::uint8_t const* records, std::uint32_t index) {
+        return records + std::size_t{index} * sizeof(Record);
+    }
+
     template <class Vector>
     static std::uint8_t const* DataOf(Vector const* vector) {
         return vector == nullptr ? nullptr : vector->Data();
@@ -100,46 +142,43 @@ struct InstanceLanes {
     RecordLanes entities;
     RecordLanes definitions;
 
-    /// REQUIRES: `first` is below the instance count.
-    InstanceLanes(InstanceArrays const& arrays, std::uint32_t first) {
+    /// REQUIRES: `first` is below the instance count. What later instances name is fetched into the cache; without
+    /// definitions where the caller does not look at them.
+    InstanceLanes(InstanceArrays const& arrays, std::uint32_t first, bool withDefinitions) {
         for (std::uint32_t lane = 0; lane < kLaneCount; ++lane) {
-            auto const* const instance = reinterpret_cast<Schema::Instance const*>(
-                At<Schema::Instance>(arrays.instances, std::min(first + lane, arrays.count - 1)));
-            placements[lane] = At<Schema::Placement>(arrays.placements, instance->placementIndex());
-            entities[lane] = At<Schema::EntityRecord>(arrays.entities, instance->entityIndex());
-            definitions[lane] = At<Schema::GeometryDefinitionInfo>(arrays.definitions, instance->definitionIndex());
+            auto const& instance = arrays.GetInstance(std::min(first + lane, arrays.count - 1));
+            placements[lane] = arrays.GetPlacement(instance);
+            entities[lane] = arrays.GetEntity(instance);
+            definitions[lane] = arrays.GetDefinition(instance);
+            auto const& later = arrays.GetInstance(std::min(first + lane + kPrefetchDistance, arrays.count - 1));
+            QUORLAN_PREFETCH(arrays.GetPlacement(later));
+            QUORLAN_PREFETCH(arrays.GetEntity(later));
+            if (withDefinitions) QUORLAN_PREFETCH(arrays.GetDefinition(later));
         }
     }
 
     PlacementLanes GetPlacements() const { return {placements, 0}; }
     PlacementLanes GetEntityPlacements() const { return {entities, 16}; }
     void GetLocalBounds(VectorLanes<Float4>& lo, VectorLanes<Float4>& hi) const { LoadTriples(definitions, 8, lo, hi); }
-
-private:
-    template <class Record>
-    static std::uint8_t const* At(std::uint8_t const* records, std::uint32_t index) {
-        return records + std::size_t{index} * sizeof(Record);
-    }
 };
 
 /// Fills `results` with one value per instance: `compute(first, out)` writes the four values from instance `first` on.
 ///
-/// The vector grows block by block into reserved memory, so that the values it constructs are still in the first cache
-/// when they are overwritten.
+/// Values that are there from an earlier build are overwritten in place. New ones are computed in a block that stays in
+/// the first cache and appended to reserved memory block by block, so that nothing is constructed to be overwritten.
 template <class Value, class Compute>
 void FillByLanes(std::vector<Value>& results, std::uint32_t count, Compute compute) {
+    static_assert(std::is_trivially_copyable_v<Value>);
     constexpr std::uint32_t kBlock = 16384 / sizeof(Value) / kLaneCount * kLaneCount;
-    results.clear();
+    alignas(64) std::array<Value, kBlock> block;
+    results.resize(std::min<std::size_t>(results.size(), count) / kBlock * kBlock);
     results.reserve(count);
     for (std::uint32_t blockFirst = 0; blockFirst < count; blockFirst += kBlock) {
-        std::uint32_t const blockEnd = blockFirst + std::min(kBlock, count - blockFirst);
-        results.resize(blockEnd);
-        std::uint32_t first = blockFirst;
-        for (; blockEnd - first >= kLaneCount; first += kLaneCount) compute(first, &results[first]);
-        if (first == blockEnd) continue;
-        Value tail[kLaneCount];
-        compute(first, tail);
-        std::copy(tail, tail + (blockEnd - first), &results[first]);
+        std::uint32_t const size = std::min(kBlock, count - blockFirst);
+        bool const isInPlace = blockFirst < results.size();
+        Value* const out = isInPlace ? &results[blockFirst] : block.data();
+        for (std::uint32_t i = 0; i < size; i += kLaneCount) compute(blockFirst + i, out + i);
+        if (!isInPlace) results.insert(results.end(), out, out + size);
     }
 }
 

@@ -9,7 +9,7 @@ namespace {
 static_assert(sizeof(Matrix4) == 16 * sizeof(double));
 
 DoubleFrameLanes ComputeWorldFrames(InstanceArrays const& arrays, std::uint32_t first) {
-    InstanceLanes const instances(arrays, first);
+    InstanceLanes const instances(arrays, first, false);
     return instances.GetEntityPlacements().ToDoubleFrame() * instances.GetPlacements().ToDoubleFrame();
 }
 

@@ -13,6 +13,13 @@
 #define QUORLAN_HAS_SSE2 0
 #endif
 
+/// Fetches a cache line ahead of its use. A macro, because compilers drop calls of functions that do nothing else.
+#if QUORLAN_HAS_SSE2
+#define QUORLAN_PREFETCH(address) _mm_prefetch(reinterpret_cast<char const*>(address), _MM_HINT_T0)
+#else
+#define QUORLAN_PREFETCH(address) static_cast<void>(address)
+#endif
+
 /// Four numbers side by side, worked on at once. Every operation rounds each lane exactly as the scalar operation does,
 /// so that code in lanes gives the bits of the same code in scalars.
 namespace GeometryObjectLib {

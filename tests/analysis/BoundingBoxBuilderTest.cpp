@@ -140,14 +140,17 @@ TEST(BoundingBoxBuilder, RejectsEveryIdentifierThatDiffersInOneByte) {
     EXPECT_TRUE(builder.Build(buffer.data()));
 }
 
-TEST(BoundingBoxBuilder, RebuildingReplacesTheBoxes) {
+TEST(BoundingBoxBuilder, RebuildingReplacesAllBoxes) {
     BoundingBoxBuilder builder;
-    for (std::uint32_t const count : {2000u, 3u, 500u}) {
+    for (std::uint32_t const count : {2000u, 3u, 500u, 1999u, 2000u}) {
         auto const model = MakeRandomModel(count, count);
         auto const buffer = model.Write();
         ASSERT_TRUE(builder.Build(buffer.data()));
+        auto const expected = PlainBoxes(model);
         ASSERT_EQ(builder.getBoundingBoxes().size(), count);
-        EXPECT_TRUE(SameBits(builder.getBoundingBoxes().back(), PlainBoxes(model).back()));
+        for (std::size_t i = 0; i < count; ++i) {
+            ASSERT_TRUE(SameBits(builder.getBoundingBoxes()[i], expected[i])) << "instance " << i << " of " << count;
+        }
     }
 }
 

@@ -149,6 +149,20 @@ TEST(PlacementBuilder, MatricesCanBeMovedOutAndTheToolBuiltAgain) {
     EXPECT_EQ(builder.getPlacements().size(), 1u);
 }
 
+TEST(PlacementBuilder, RebuildingReplacesAllMatrices) {
+    PlacementBuilder builder;
+    for (std::uint32_t const count : {700u, 3u, 300u, 699u, 700u}) {
+        auto const model = MakeRandomModel(count, count);
+        auto const buffer = model.Write();
+        ASSERT_TRUE(builder.Build(buffer.data()));
+        auto const expected = PlainPlacements(model);
+        ASSERT_EQ(builder.getPlacements().size(), count);
+        for (std::size_t i = 0; i < count; ++i) {
+            ASSERT_TRUE(SameBits(builder.getPlacements()[i], expected[i])) << "instance " << i << " of " << count;
+        }
+    }
+}
+
 TEST(PlacementBuilder, GivesTheBitsOfThePlainComputation) {
     for (auto const style : {RandomPlacements::kAligned, RandomPlacements::kRotated, RandomPlacements::kMixed}) {
         for (std::uint32_t const count : {1u, 2u, 3u, 4u, 5u, 127u, 128u, 129u, 1000u}) {
