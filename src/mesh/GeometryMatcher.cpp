@@ -14,25 +14,11 @@ using GeometryObjectLib::Length;
 using GeometryObjectLib::Matrix4;
 
 constexpr std::uint64_t kNoKey = KeyIndex::kNone;
-constexpr std::uint32_t kSignatureFactor = 1521134295;  // 0x5AAAAAD7
-constexpr double kSmallestDeterminant = 1e-15;          ///< of a reference frame, [model units^4]
+constexpr double kSmallestDeterminant = 1e-15;  ///< of a reference frame, [model units^4]
 
 /// Width of a cell of sizes in tolerances. A query looks at the sizes within 2 tolerances on either side: at this
 /// width it meets a second cell in one case of eight, and shapes of different size rarely share a cell.
 constexpr double kCellWidthInTolerances = 32;
-
-/// A run of steps s -> index - s * factor, composed into the one step s -> offset + s * scale (modulo 2^32).
-struct FoldedRun {
-    std::uint32_t scale = 1;
-    std::uint32_t offset = 0;
-
-    void Append(std::uint32_t index) {
-        scale = 0u - scale * kSignatureFactor;
-        offset = index - offset * kSignatureFactor;
-    }
-
-    std::uint32_t ApplyTo(std::uint32_t signature) const { return offset + signature * scale; }
-};
 
 /// The farthest of `vertices` by `measureSquared`. Lengths decide, not their squares: two different squares may have
 /// the same root, and then the earlier vertex stays. 0 if none is farther than 0.
@@ -125,54 +111,6 @@ bool HasSameVertices(RigidTransform const& rigid, std::vector<Vertex> const& ver
     return true;
 }
 
-/// Hands the loops of `shape` to `visit` in order: outer loop, number of inner loops (as a loop of one), inner loops of
-/// each face. Stops where `visit` returns false.
-template <class Visit>
-bool VisitLoops(FacetedBRep const& shape, Visit const& visit) {
-    auto entry = shape.holes.begin();
-    for (std::size_t face = 0; face < shape.faces.size(); ++face) {
-        auto const& outer = shape.faces[face];
-        while (entry != shape.holes.end() && entry->first < face) ++entry;
-        bool const hasHoles = entry != shape.holes.end() && entry->first == face;
-        auto const innerCount = static_cast<std::uint32_t>(hasHoles ? entry->second.size() : 0);
-        if (!visit(outer, innerCount)) return false;
-        if (!hasHoles) continue;
-        for (auto const& inner : entry->second) {
-            if (!visit(inner, 0)) return false;
-        }
-    }
-    return true;
-}
-
-/// The loops of a shape in one run: before each loop its length and the number of inner loops that follow it.
-std::vector<std::uint32_t> FlattenLoops(FacetedBRep const& shape) {
-    std::size_t length = 0;
-    VisitLoops(shape, [&](auto const& loop, std::uint32_t) { return length += 2 + loop.size(), true; });
-    std::vector<std::uint32_t> flat;
-    flat.reserve(length);
-    VisitLoops(shape, [&](auto const& loop, std::uint32_t innerCount) {
-        flat.push_back(static_cast<std::uint32_t>(loop.size()));
-        flat.push_back(innerCount);
-        flat.insert(flat.end(), loop.begin(), loop.end());
-        return true;
-    });
-    return flat;
-}
-
-bool HasSameLoops(FacetedBRep const& shape, std::vector<std::uint32_t> const& flat) {
-    std::size_t position = 0;
-    bool const agree = VisitLoops(shape, [&](auto const& loop, std::uint32_t innerCount) {
-        if (flat.size() - position < 2 + loop.size()) return false;
-        if (flat[position] != loop.size() || flat[position + 1] != innerCount) return false;
-        std::uint32_t const* const stored = flat.data() + position + 2;
-        position += 2 + loop.size();
-        std::uint32_t difference = 0;
-        for (std::size_t i = 0; i < loop.size(); ++i) difference |= loop[i] ^ stored[i];
-        return difference == 0;
-    });
-    return agree && position == flat.size();
-}
-
 }  // namespace
 
 std::optional<ReferencePair> FindReferencePair(std::vector<Vertex> const& vertices) {
@@ -197,22 +135,6 @@ std::optional<ReferenceFrame> MakeReferenceFrame(std::vector<Vertex> const& vert
     Vertex const z = Cross(x, y);
     if (!(Dot(z, z) > kSmallestDeterminant)) return std::nullopt;  // the determinant, as Z is X x Y
     return ReferenceFrame{vertices[0], x, y, z};
-}
-
-std::uint32_t ComputeSignature(FacetedBRep const& shape, std::size_t vertexCount) {
-    FoldedRun innerRun;
-    for (auto const& [face, loops] : shape.holes) {
-        for (auto const& loop : loops) {
-            for (std::uint32_t const index : loop) innerRun.Append(index);
-        }
-    }
-    auto signature = static_cast<std::uint32_t>((shape.holes.size() * 256 + shape.faces.size()) * 256 + vertexCount);
-    for (auto const& loop : shape.faces) {
-        FoldedRun outerRun;  // of its own, so that faces are folded side by side
-        for (std::uint32_t const index : loop) outerRun.Append(index);
-        signature = innerRun.ApplyTo(outerRun.ApplyTo(signature));
-    }
-    return signature;
 }
 
 struct GeometryMatcher::Match {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "mesh/KeyIndex.h"
+#include "mesh/ShapeLoops.h"
 
 #include <GeometryObjectLib/AffineTransform.h>
 #include <GeometryObjectLib/FacetedBRep.h>
@@ -12,8 +13,6 @@
 #include <vector>
 
 namespace Quorlan::Tools {
-
-using GeometryObjectLib::FacetedBRep;
 
 /// Two vertices that span, with vertex 0, the reference frame of a shape: the one farthest from vertex 0, and the one
 /// farthest from the line through both. Of equally far vertices the first is taken.
@@ -40,10 +39,6 @@ struct ReferenceFrame {
 /// Empty for a pair beyond the vertices, and unless the frame's determinant is greater than 1e-15.
 std::optional<ReferenceFrame> MakeReferenceFrame(std::vector<Vertex> const& vertices, ReferencePair const& pair);
 
-/// A hash of the counts and loops of a shape with `vertexCount` vertices, the same for all its copies. The inner loops
-/// of all faces are folded in once per face.
-std::uint32_t ComputeSignature(FacetedBRep const& shape, std::size_t vertexCount);
-
 /// What the matcher keeps of a shape.
 struct MatcherEntry {
     ReferenceFrame frame;
@@ -53,7 +48,7 @@ struct MatcherEntry {
     std::uint64_t nextInCell = KeyIndex::kNone;  ///< the next larger key of the same cell
     std::uint64_t lastInCell = KeyIndex::kNone;  ///< kept by the first of a cell
     std::vector<Vertex> vertices;
-    std::vector<std::uint32_t> loops;  ///< of all faces in one run: counts before what they count
+    std::vector<std::uint32_t> loops;  ///< flattened
 };
 
 /// Finds, among the shapes of earlier queries, the first of which a shape is a rigid copy.

@@ -250,6 +250,59 @@ TEST(GeometryMatcher, HugeAndInfiniteShapesAreNewAndEndTheQuery) {
     }
 }
 
+constexpr std::uint32_t kFactor = 1521134295;
+
+TEST(GeometryMatcher, AnEqualSignatureOfOtherLoopsIsNoMatch) {
+    // (b - f (a - f s)) stays the same where a grows by 1 and b by f.
+    FacetedBRep shape;
+    shape.vertices = MakeUnitCube().vertices;
+    shape.faces = {{0, 1, 2}, {3, 4}};
+    FacetedBRep other = shape;
+    other.faces = {{0, 2, 2 + kFactor}, {3, 4}};
+    ASSERT_EQ(ComputeSignature(shape, 8), ComputeSignature(other, 8));
+    GeometryMatcher matcher(kTolerance);
+    std::uint64_t key = 0;
+    AffineTransform transform;
+    matcher.Query(shape, key, transform);
+    EXPECT_FALSE(matcher.Query(other, key, transform));
+    EXPECT_TRUE(matcher.Query(shape, key, transform));
+    EXPECT_EQ(key, 0u);
+    EXPECT_TRUE(matcher.Query(other, key, transform));
+    EXPECT_EQ(key, 1u);
+}
+
+TEST(GeometryMatcher, AnEqualSignatureOfAnotherVertexCountIsNoMatch) {
+    FacetedBRep four;
+    four.vertices = {{0, 0, 0}, {2, 0, 0}, {0, 1, 0}, {1, 1, 0}};
+    four.faces = {{kFactor, 1, 2}};
+    FacetedBRep three = four;
+    three.vertices.pop_back();
+    three.faces = {{0, 1, 2}};
+    ASSERT_EQ(ComputeSignature(three, 3), ComputeSignature(four, 4));
+    for (bool const isFourFirst : {false, true}) {
+        GeometryMatcher matcher(kTolerance);
+        std::uint64_t key = 0;
+        AffineTransform transform;
+        matcher.Query(isFourFirst ? four : three, key, transform);
+        EXPECT_FALSE(matcher.Query(isFourFirst ? three : four, key, transform));
+    }
+}
+
+TEST(GeometryMatcher, AReferencePairBeyondTheVerticesOfAnEqualSignatureIsNoMatch) {
+    FacetedBRep four;
+    four.vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}, {5, 1, 0}};
+    four.faces = {{kFactor, 1, 2}};
+    ASSERT_EQ(FindReferencePair(four.vertices)->first, 3u);
+    FacetedBRep three = four;
+    three.vertices.pop_back();
+    three.faces = {{0, 1, 2}};
+    GeometryMatcher matcher(kTolerance);
+    std::uint64_t key = 0;
+    AffineTransform transform;
+    matcher.Query(four, key, transform);
+    EXPECT_FALSE(matcher.Query(three, key, transform));
+}
+
 /// Shapes of one kind come in a few sizes; vertices are moved by about the tolerance, so that sizes, cells of sizes,
 /// first matches and near misses all occur.
 FacetedBRep MakeRandomShape(std::mt19937& random) {

@@ -10,93 +10,15 @@
 #include <utility>
 #include <vector>
 
-#include "support/RecordingTarget.h"
-#include "support/Shapes.h"
-#include "support/Transforms.h"
+#include "mesh/UniqueFixture.h"
 
 namespace {
 
-using GeometryObjectLib::TransformDirection;
-using GeometryObjectLib::TransformPoint;
 using Quorlan::Tools::UniqueGeometryDefinitionBuilder;
-using TestSupport::AffineTransform;
-using TestSupport::Compose;
-using TestSupport::FacetedBRep;
-using TestSupport::MakeBox;
-using TestSupport::MakePlateWithHole;
-using TestSupport::MakePrism;
-using TestSupport::MakeRotation;
-using TestSupport::MakeRotationZ;
-using TestSupport::MakeTranslation;
-using TestSupport::MakeUnitCube;
-using TestSupport::RecordingTarget;
-using TestSupport::Vertex;
-
-constexpr std::uint32_t kFirst = RecordingTarget::kFirstIndex;
-constexpr double kPi = 3.141592653589793;
-
-struct Fixture {
-    RecordingTarget target;
-    UniqueGeometryDefinitionBuilder unique{target};
-    AffineTransform transform = MakeTranslation(7, 7, 7);  // what a call leaves untouched shows
-
-    template <class Shape>
-    std::uint32_t Add(Shape const& shape) {
-        return static_cast<std::uint32_t>(unique.Add(shape, &transform));
-    }
-
-    void ExpectCounts(std::uint32_t transformed, std::uint32_t translated, std::uint32_t identical) const {
-        EXPECT_EQ(unique.GetTransformedCount(), transformed);
-        EXPECT_EQ(unique.GetTranslatedCount(), translated);
-        EXPECT_EQ(unique.GetIdenticalCount(), identical);
-    }
-};
-
-FacetedBRep Placed(FacetedBRep shape, AffineTransform const& placement) {
-    for (Vertex& v : shape.vertices) v = TransformPoint(placement.matrix, v);
-    return shape;
-}
-
-/// A solid without any symmetry, so that only one transform maps it onto a copy.
-FacetedBRep MakeWedge() {
-    FacetedBRep wedge = MakeBox({0, 0, 0}, {3, 2, 1});
-    wedge.vertices[6] = {2.5, 1.5, 1.25};
-    return wedge;
-}
-
-std::vector<Vertex> MakeNormals(FacetedBRep const& shape) {
-    std::vector<Vertex> normals;
-    for (Vertex const& v : shape.vertices) {
-        Vertex const n = v + Vertex{0.5, 0.25, 0.125};
-        normals.push_back(n / Length(n));
-    }
-    return normals;
-}
-
-std::vector<std::pair<float, float>> MakeUVs(FacetedBRep const& shape) {
-    std::vector<std::pair<float, float>> uvs;
-    for (Vertex const& v : shape.vertices) uvs.emplace_back(static_cast<float>(v.x), static_cast<float>(v.y));
-    return uvs;
-}
-
-bool IsIdentity(AffineTransform const& transform) {
-    AffineTransform const identity;
-    auto const same = [](Vertex const& a, Vertex const& b) { return a.x == b.x && a.y == b.y && a.z == b.z; };
-    return transform.matrix.m == identity.matrix.m && same(transform.scale, identity.scale) &&
-           same(transform.axis, identity.axis) && transform.angle == identity.angle &&
-           same(transform.offset, identity.offset);
-}
-
-double Deviation(AffineTransform const& transform, FacetedBRep const& given, FacetedBRep const& stored) {
-    double largest = 0;
-    for (std::size_t i = 0; i < given.vertices.size(); ++i) {
-        largest = std::max(largest, Length(TransformPoint(transform.matrix, given.vertices[i]) - stored.vertices[i]));
-    }
-    return largest;
-}
+using namespace TestSupport;
 
 TEST(UniqueGeometryDefinitionBuilder, TheSameCubeTwiceIsOneDefinition) {
-    Fixture f;
+    UniqueFixture f;
     EXPECT_EQ(f.Add(MakeUnitCube()), kFirst);
     EXPECT_TRUE(IsIdentity(f.transform));
     EXPECT_EQ(f.Add(MakeUnitCube()), kFirst);
@@ -106,7 +28,7 @@ TEST(UniqueGeometryDefinitionBuilder, TheSameCubeTwiceIsOneDefinition) {
 }
 
 TEST(UniqueGeometryDefinitionBuilder, AMovedCubeIsMappedBackOntoTheFirst) {
-    Fixture f;
+    UniqueFixture f;
     f.Add(MakeUnitCube());
     EXPECT_EQ(f.Add(MakeBox({5, 0, 0}, {6, 1, 1})), kFirst);
     EXPECT_NEAR(f.transform.matrix(0, 3), -5, 1e-12);
@@ -116,7 +38,7 @@ TEST(UniqueGeometryDefinitionBuilder, AMovedCubeIsMappedBackOntoTheFirst) {
 }
 
 TEST(UniqueGeometryDefinitionBuilder, ARotatedAndMovedShapeIsMappedBackOntoTheFirst) {
-    Fixture f;
+    UniqueFixture f;
     f.Add(MakeWedge());
     auto const placement = Compose(MakeTranslation(3, -4, 12), MakeRotation({1, 2, 3}, 2.1));
     FacetedBRep const placed = Placed(MakeWedge(), placement);
@@ -127,7 +49,7 @@ TEST(UniqueGeometryDefinitionBuilder, ARotatedAndMovedShapeIsMappedBackOntoTheFi
 }
 
 TEST(UniqueGeometryDefinitionBuilder, ACopyCountsAsTransformedOnlyIfAnAxisTurnsByMoreThanTheTolerance) {
-    Fixture f;
+    UniqueFixture f;
     FacetedBRep const small = MakeBox({-0.25, -0.25, -0.25}, {0.25, 0.25, 0.25});
     f.Add(small);
     EXPECT_EQ(f.Add(Placed(small, MakeRotationZ(0.9e-5))), kFirst);
@@ -137,7 +59,7 @@ TEST(UniqueGeometryDefinitionBuilder, ACopyCountsAsTransformedOnlyIfAnAxisTurnsB
 }
 
 TEST(UniqueGeometryDefinitionBuilder, ACopyCountsAsTranslatedOnlyIfItMovesByMoreThanTheTolerance) {
-    Fixture f;
+    UniqueFixture f;
     f.Add(MakeUnitCube());
     f.Add(Placed(MakeUnitCube(), MakeTranslation(0, 0.9e-5, 0)));
     f.ExpectCounts(0, 0, 1);
@@ -146,7 +68,7 @@ TEST(UniqueGeometryDefinitionBuilder, ACopyCountsAsTranslatedOnlyIfItMovesByMore
 }
 
 TEST(UniqueGeometryDefinitionBuilder, AMirrorImageIsANewShape) {
-    Fixture f;
+    UniqueFixture f;
     f.Add(MakeWedge());
     FacetedBRep mirrored = MakeWedge();
     for (Vertex& v : mirrored.vertices) v.x = -v.x;
@@ -159,7 +81,7 @@ TEST(UniqueGeometryDefinitionBuilder, AMirrorImageIsANewShape) {
 }
 
 TEST(UniqueGeometryDefinitionBuilder, PermutedVerticesMakeANewShape) {
-    Fixture f;
+    UniqueFixture f;
     f.Add(MakeUnitCube());
     FacetedBRep permuted = MakeUnitCube();
     std::swap(permuted.vertices[1], permuted.vertices[2]);
@@ -170,7 +92,7 @@ TEST(UniqueGeometryDefinitionBuilder, PermutedVerticesMakeANewShape) {
 }
 
 TEST(UniqueGeometryDefinitionBuilder, ALoopStartedAtAnotherVertexMakesANewShape) {
-    Fixture f;
+    UniqueFixture f;
     f.Add(MakeUnitCube());
     FacetedBRep rotated = MakeUnitCube();
     rotated.faces[0] = {3, 2, 1, 0};
@@ -178,7 +100,7 @@ TEST(UniqueGeometryDefinitionBuilder, ALoopStartedAtAnotherVertexMakesANewShape)
 }
 
 TEST(UniqueGeometryDefinitionBuilder, InnerLoopsArePartOfTheShape) {
-    Fixture f;
+    UniqueFixture f;
     FacetedBRep const plate = MakePlateWithHole();
     f.Add(plate);
     EXPECT_EQ(f.Add(Placed(plate, MakeRotationZ(1))), kFirst);
@@ -203,7 +125,7 @@ TEST(UniqueGeometryDefinitionBuilder, InnerLoopsArePartOfTheShape) {
 TEST(UniqueGeometryDefinitionBuilder, AVertexJustInsideTheToleranceMatchesOneJustOutsideDoesNot) {
     // Vertex 3 of this shape does not belong to its reference frame, so that it alone moves.
     for (auto const& [offset, isCopy] : {std::pair{0.99e-5, true}, {1.01e-5, false}}) {
-        Fixture f;
+        UniqueFixture f;
         f.Add(MakeWedge());
         FacetedBRep nearly = MakeWedge();
         nearly.vertices[3].z += offset;
@@ -212,7 +134,7 @@ TEST(UniqueGeometryDefinitionBuilder, AVertexJustInsideTheToleranceMatchesOneJus
 }
 
 TEST(UniqueGeometryDefinitionBuilder, FewerThanThreeVerticesGiveTheInvalidIndexAndLeaveTheTransformAlone) {
-    Fixture f;
+    UniqueFixture f;
     FacetedBRep two;
     two.vertices = {{0, 0, 0}, {1, 0, 0}};
     EXPECT_EQ(f.Add(two), Quorlan::kInvalidIndex);
@@ -224,7 +146,7 @@ TEST(UniqueGeometryDefinitionBuilder, FewerThanThreeVerticesGiveTheInvalidIndexA
 }
 
 TEST(UniqueGeometryDefinitionBuilder, CollinearVerticesAreForwardedEachTime) {
-    Fixture f;
+    UniqueFixture f;
     FacetedBRep needle;
     needle.vertices = {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}};
     needle.faces = {{0, 1, 2}};
@@ -235,7 +157,7 @@ TEST(UniqueGeometryDefinitionBuilder, CollinearVerticesAreForwardedEachTime) {
 }
 
 TEST(UniqueGeometryDefinitionBuilder, CoincidentVerticesAreForwardedEachTime) {
-    Fixture f;
+    UniqueFixture f;
     FacetedBRep point;
     point.vertices = {{0, 0, 0}, {0, 0, 0}, {0, 0, 0}};
     EXPECT_EQ(f.Add(point), kFirst);
@@ -245,7 +167,7 @@ TEST(UniqueGeometryDefinitionBuilder, CoincidentVerticesAreForwardedEachTime) {
 TEST(UniqueGeometryDefinitionBuilder, ATriangleTooSmallForAFrameIsForwardedEachTime) {
     // The determinant of the frame of a right triangle with legs a and b is (a b)^2.
     for (auto const& [leg, isFound] : {std::pair{1.8e-4, true}, {1.7e-4, false}}) {
-        Fixture f;
+        UniqueFixture f;
         FacetedBRep tiny;
         tiny.vertices = {{0, 0, 0}, {leg, 0, 0}, {0, leg, 0}};
         tiny.faces = {{0, 1, 2}};
@@ -255,7 +177,7 @@ TEST(UniqueGeometryDefinitionBuilder, ATriangleTooSmallForAFrameIsForwardedEachT
 }
 
 TEST(UniqueGeometryDefinitionBuilder, FarShapesAreWrittenAroundTheOriginAndFoundAgain) {
-    Fixture f;
+    UniqueFixture f;
     FacetedBRep const first = Placed(MakeWedge(), MakeTranslation(1000, 0, 0));
     EXPECT_EQ(f.Add(first), kFirst);
     Vertex const center{1001.5, 1, 0.625};
@@ -275,7 +197,7 @@ TEST(UniqueGeometryDefinitionBuilder, FarShapesAreWrittenAroundTheOriginAndFound
 }
 
 TEST(UniqueGeometryDefinitionBuilder, FarCopiesAreClassifiedWithoutTheRecentring) {
-    Fixture f;
+    UniqueFixture f;
     f.Add(Placed(MakeWedge(), MakeTranslation(1024, 0, 0)));
     f.Add(Placed(MakeWedge(), MakeTranslation(0, 2048, 0)));
     f.ExpectCounts(0, 0, 1);
@@ -284,7 +206,7 @@ TEST(UniqueGeometryDefinitionBuilder, FarCopiesAreClassifiedWithoutTheRecentring
 TEST(UniqueGeometryDefinitionBuilder, RecentringStartsBeyondAHundredDiagonals) {
     double const diagonal = std::sqrt(3.0);
     for (auto const& [distance, isMoved] : {std::pair{99.9, false}, {100.1, true}}) {
-        Fixture f;
+        UniqueFixture f;
         double const x = distance * diagonal;
         f.Add(MakeBox({x - 0.5, -0.5, -0.5}, {x + 0.5, 0.5, 0.5}));
         EXPECT_EQ(IsIdentity(f.transform), !isMoved) << distance;
@@ -292,7 +214,7 @@ TEST(UniqueGeometryDefinitionBuilder, RecentringStartsBeyondAHundredDiagonals) {
 }
 
 TEST(UniqueGeometryDefinitionBuilder, AFarCopyOfANearShapeIsFoundThroughItsRecentredForm) {
-    Fixture f;
+    UniqueFixture f;
     FacetedBRep const cube = MakeBox({-0.5, -0.5, -0.5}, {0.5, 0.5, 0.5});
     f.Add(cube);
     FacetedBRep const far = Placed(cube, MakeTranslation(4096, 0, 0));
@@ -302,7 +224,7 @@ TEST(UniqueGeometryDefinitionBuilder, AFarCopyOfANearShapeIsFoundThroughItsRecen
 }
 
 TEST(UniqueGeometryDefinitionBuilder, CoincidentVerticesAwayFromTheOriginAreRecentred) {
-    Fixture f;
+    UniqueFixture f;
     FacetedBRep point;
     point.vertices = {{1, 2, 3}, {1, 2, 3}, {1, 2, 3}};
     f.Add(point);
@@ -317,19 +239,19 @@ TEST(UniqueGeometryDefinitionBuilder, TheFirstOfSeveralFittingDefinitionsWins) {
         shape.vertices[3].z += z;
         return shape;
     };
-    Fixture f;
+    UniqueFixture f;
     EXPECT_EQ(f.Add(make(0)), kFirst);
     EXPECT_EQ(f.Add(make(1.6e-5)), kFirst + 1);
     EXPECT_EQ(f.Add(make(0.8e-5)), kFirst);
 
-    Fixture g;
+    UniqueFixture g;
     EXPECT_EQ(g.Add(make(1.6e-5)), kFirst);
     EXPECT_EQ(g.Add(make(0)), kFirst + 1);
     EXPECT_EQ(g.Add(make(0.8e-5)), kFirst);
 }
 
 TEST(UniqueGeometryDefinitionBuilder, AShapeTheTargetRefusedIsAnsweredWithTheInvalidIndexAgain) {
-    Fixture f;
+    UniqueFixture f;
     f.target.refuses = true;
     EXPECT_EQ(f.Add(MakeUnitCube()), Quorlan::kInvalidIndex);
     f.target.refuses = false;
@@ -338,7 +260,7 @@ TEST(UniqueGeometryDefinitionBuilder, AShapeTheTargetRefusedIsAnsweredWithTheInv
 }
 
 TEST(UniqueGeometryDefinitionBuilder, NotANumberNeverMatches) {
-    Fixture f;
+    UniqueFixture f;
     FacetedBRep broken = MakeWedge();
     broken.vertices[3].y = std::numeric_limits<double>::quiet_NaN();
     f.Add(MakeWedge());
@@ -347,162 +269,8 @@ TEST(UniqueGeometryDefinitionBuilder, NotANumberNeverMatches) {
     EXPECT_EQ(f.Add(MakeWedge()), kFirst);
 }
 
-// ---- with normals -------------------------------------------------------------------------------------------------
-
-TEST(UniqueGeometryDefinitionBuilderNormals, AMovedCopyWithItsNormalsIsFound) {
-    Fixture f;
-    auto const normals = MakeNormals(MakeWedge());
-    EXPECT_EQ(f.Add(std::pair{MakeWedge(), normals}), kFirst);
-    EXPECT_TRUE(IsIdentity(f.transform));
-    EXPECT_EQ(f.Add(std::pair{Placed(MakeWedge(), MakeTranslation(0, 9, 0)), normals}), kFirst);
-    EXPECT_NEAR(f.transform.matrix(1, 3), -9, 1e-12);
-    f.ExpectCounts(0, 1, 0);
-}
-
-TEST(UniqueGeometryDefinitionBuilderNormals, AnotherNumberOfNormalsGivesTheInvalidIndex) {
-    Fixture f;
-    auto normals = MakeNormals(MakeWedge());
-    normals.pop_back();
-    EXPECT_EQ(f.Add(std::pair{MakeWedge(), normals}), Quorlan::kInvalidIndex);
-    EXPECT_EQ(f.transform.matrix(0, 3), 7);
-    EXPECT_EQ(f.target.GetCount(), 0u);
-}
-
-std::vector<Vertex> Rotated(std::vector<Vertex> normals, AffineTransform const& rotation) {
-    for (Vertex& n : normals) n = TransformDirection(rotation.matrix, n);
-    return normals;
-}
-
-TEST(UniqueGeometryDefinitionBuilderNormals, AQuarterTurnWithItsNormalsIsWrittenAnewByTheKeptDirection) {
-    Fixture f;
-    auto const normals = MakeNormals(MakeWedge());
-    auto const turn = MakeRotationZ(kPi / 2);
-    f.Add(std::pair{MakeWedge(), normals});
-    EXPECT_EQ(f.Add(std::pair{Placed(MakeWedge(), turn), Rotated(normals, turn)}), kFirst + 1);
-    EXPECT_TRUE(IsIdentity(f.transform));
-    f.ExpectCounts(0, 0, 0);
-}
-
-TEST(UniqueGeometryDefinitionBuilderNormals, AHalfTurnWithItsNormalsIsFound) {
-    Fixture f;
-    auto const normals = MakeNormals(MakeWedge());
-    auto const turn = Compose(MakeTranslation(1, 2, 3), MakeRotation({1, 2, 2}, kPi));
-    f.Add(std::pair{MakeWedge(), normals});
-    EXPECT_EQ(f.Add(std::pair{Placed(MakeWedge(), turn), Rotated(normals, turn)}), kFirst);
-    f.ExpectCounts(1, 0, 0);
-}
-
-TEST(UniqueGeometryDefinitionBuilderNormals, AQuarterTurnWithNormalsTurnedTheWrongWayIsFoundByTheKeptDirection) {
-    Fixture f;
-    auto const normals = MakeNormals(MakeWedge());
-    f.Add(std::pair{MakeWedge(), normals});
-    auto const placed = Placed(MakeWedge(), MakeRotationZ(kPi / 2));
-    EXPECT_EQ(f.Add(std::pair{placed, Rotated(normals, MakeRotationZ(-kPi / 2))}), kFirst);
-}
-
-TEST(UniqueGeometryDefinitionBuilderNormals, NormalsAreComparedToWithinTheTolerance) {
-    for (auto const& [offset, isCopy] : {std::pair{0.99e-5, true}, {1.01e-5, false}}) {
-        Fixture f;
-        auto normals = MakeNormals(MakeWedge());
-        f.Add(std::pair{MakeWedge(), normals});
-        normals[5].y += offset;
-        EXPECT_EQ(f.Add(std::pair{MakeWedge(), normals}), isCopy ? kFirst : kFirst + 1) << offset;
-    }
-}
-
-TEST(UniqueGeometryDefinitionBuilderNormals, ADisagreementIsWrittenEachTimeAndTheEarlierDefinitionStaysFindable) {
-    Fixture f;
-    auto const normals = MakeNormals(MakeWedge());
-    auto const others = Rotated(normals, MakeRotationZ(1));
-    EXPECT_EQ(f.Add(std::pair{MakeWedge(), normals}), kFirst);
-    EXPECT_EQ(f.Add(std::pair{MakeWedge(), others}), kFirst + 1);
-    EXPECT_EQ(f.Add(std::pair{MakeWedge(), others}), kFirst + 2);
-    EXPECT_EQ(f.Add(std::pair{MakeWedge(), normals}), kFirst);
-    f.ExpectCounts(0, 0, 1);
-    // The keys of the matcher and of the stored normals stay in step.
-    auto const cubeNormals = MakeNormals(MakeUnitCube());
-    EXPECT_EQ(f.Add(std::pair{MakeUnitCube(), cubeNormals}), kFirst + 3);
-    EXPECT_EQ(f.Add(std::pair{MakeUnitCube(), cubeNormals}), kFirst + 3);
-}
-
-TEST(UniqueGeometryDefinitionBuilderNormals, FarShapesAreNotRecentred) {
-    Fixture f;
-    FacetedBRep const far = Placed(MakeWedge(), MakeTranslation(4096, 0, 0));
-    f.Add(std::pair{far, MakeNormals(MakeWedge())});
-    EXPECT_TRUE(IsIdentity(f.transform));
-    EXPECT_EQ(f.target.shapesWithNormals[0].first.vertices[0].x, 4096);
-}
-
-TEST(UniqueGeometryDefinitionBuilderNormals, CollinearShapesKeepTheKeysInStep) {
-    Fixture f;
-    FacetedBRep needle;
-    needle.vertices = {{0, 0, 0}, {1, 0, 0}, {2, 0, 0}};
-    EXPECT_EQ(f.Add(std::pair{needle, std::vector<Vertex>(3)}), kFirst);
-    EXPECT_EQ(f.Add(std::pair{needle, std::vector<Vertex>(3)}), kFirst + 1);
-    auto const normals = MakeNormals(MakeWedge());
-    EXPECT_EQ(f.Add(std::pair{MakeWedge(), normals}), kFirst + 2);
-    EXPECT_EQ(f.Add(std::pair{MakeWedge(), normals}), kFirst + 2);
-}
-
-// ---- with texture coordinates -------------------------------------------------------------------------------------
-
-TEST(UniqueGeometryDefinitionBuilderUVs, ARotatedCopyWithTheSamePairsIsFound) {
-    Fixture f;
-    auto const uvs = MakeUVs(MakeWedge());
-    EXPECT_EQ(f.Add(std::pair{MakeWedge(), uvs}), kFirst);
-    EXPECT_EQ(f.Add(std::pair{Placed(MakeWedge(), MakeRotation({3, 1, 2}, 1)), uvs}), kFirst);
-    f.ExpectCounts(1, 0, 0);
-    EXPECT_EQ(f.target.shapesWithUVs.size(), 1u);
-}
-
-TEST(UniqueGeometryDefinitionBuilderUVs, AnotherNumberOfPairsGivesTheInvalidIndex) {
-    Fixture f;
-    auto uvs = MakeUVs(MakeWedge());
-    uvs.emplace_back();
-    EXPECT_EQ(f.Add(std::pair{MakeWedge(), uvs}), Quorlan::kInvalidIndex);
-    EXPECT_EQ(f.transform.matrix(0, 3), 7);
-}
-
-TEST(UniqueGeometryDefinitionBuilderUVs, PositionsAreComparedWithTheFinerTolerance) {
-    for (auto const& [offset, isCopy] : {std::pair{0.99e-7, true}, {1.01e-7, false}}) {
-        Fixture f;
-        auto const uvs = MakeUVs(MakeWedge());
-        f.Add(std::pair{MakeWedge(), uvs});
-        FacetedBRep nearly = MakeWedge();
-        nearly.vertices[3].z += offset;
-        EXPECT_EQ(f.Add(std::pair{nearly, uvs}), isCopy ? kFirst : kFirst + 1) << offset;
-    }
-}
-
-TEST(UniqueGeometryDefinitionBuilderUVs, PairsAreComparedToWithinTheTolerance) {
-    std::vector<std::pair<float, float>> const zeros(8);
-    for (auto const& [offset, isCopy] : {std::pair{0.99e-5f, true}, {1.01e-5f, false}}) {
-        for (int const part : {0, 1}) {
-            Fixture f;
-            f.Add(std::pair{MakeWedge(), zeros});
-            auto others = zeros;
-            (part == 0 ? others[7].first : others[7].second) = -offset;
-            EXPECT_EQ(f.Add(std::pair{MakeWedge(), others}), isCopy ? kFirst : kFirst + 1) << offset;
-        }
-    }
-}
-
-TEST(UniqueGeometryDefinitionBuilderUVs, ADisagreementIsWrittenEachTimeWithTheIdentity) {
-    Fixture f;
-    auto const uvs = MakeUVs(MakeWedge());
-    auto others = uvs;
-    others[0].first += 1;
-    FacetedBRep const moved = Placed(MakeWedge(), MakeTranslation(1, 0, 0));
-    EXPECT_EQ(f.Add(std::pair{MakeWedge(), uvs}), kFirst);
-    EXPECT_EQ(f.Add(std::pair{moved, others}), kFirst + 1);
-    EXPECT_TRUE(IsIdentity(f.transform));
-    EXPECT_EQ(f.Add(std::pair{moved, others}), kFirst + 2);
-    EXPECT_EQ(f.Add(std::pair{moved, uvs}), kFirst);
-    f.ExpectCounts(0, 1, 0);
-}
-
 TEST(UniqueGeometryDefinitionBuilder, TheOverloadsKeepTheirShapesApart) {
-    Fixture f;
+    UniqueFixture f;
     EXPECT_EQ(f.Add(MakeWedge()), kFirst);
     EXPECT_EQ(f.Add(std::pair{MakeWedge(), MakeNormals(MakeWedge())}), kFirst + 1);
     EXPECT_EQ(f.Add(std::pair{MakeWedge(), MakeUVs(MakeWedge())}), kFirst + 2);
@@ -545,7 +313,7 @@ TEST(UniqueGeometryDefinitionBuilder, EveryPlacedCopyOfManyShapesFindsItsOwnDefi
         shapes.push_back(i % 3 == 0 ? MakePrism(3 + static_cast<unsigned>(i) % 7, length(random), length(random))
                                     : MakeBox({0, 0, 0}, {length(random), length(random), length(random)}));
     }
-    Fixture f;
+    UniqueFixture f;
     for (FacetedBRep const& shape : shapes) f.Add(shape);
     ASSERT_EQ(f.target.shapes.size(), shapes.size());
     for (int round = 0; round < 2000; ++round) {
