@@ -1,6 +1,6 @@
 #include <Tools/LodLineBRepBuilder.h>
 
-#include "geometry/Lanes.h"
+#include "mesh/LaneMasks.h"
 #include "mesh/SymmetricEigen.h"
 #include "model/ModelView.h"
 
@@ -10,31 +10,11 @@
 namespace Quorlan::Tools {
 namespace {
 
-using GeometryObjectLib::Float4;
 using GeometryObjectLib::VectorLanes;
 
 constexpr float kLargest = 3.4028235e38F;
 
 constexpr LodLineBRepBuilder::line_s kNoLine{};
-
-std::array<float, 4> ToArray(Float4 const& a) {
-    std::array<float, 4> lanes;
-#if QUORLAN_HAS_SSE2
-    _mm_storeu_ps(lanes.data(), a.v);
-#else
-    std::copy(a.lane, a.lane + 4, lanes.data());
-#endif
-    return lanes;
-}
-
-/// Lanes x, y, z, w become y, z, x, w.
-Float4 NextAxis(Float4 const& a) {
-#if QUORLAN_HAS_SSE2
-    return _mm_shuffle_ps(a.v, a.v, _MM_SHUFFLE(3, 0, 2, 1));
-#else
-    return {a.lane[1], a.lane[2], a.lane[0], a.lane[3]};
-#endif
-}
 
 /// One vector in the lanes x, y, z; the sums over vertices stay in vertex order, component by component.
 Float4 ToLanes(Vector3f const& v) { return {v.x, v.y, v.z, 0}; }
@@ -101,26 +81,49 @@ AxisExtent ExtentAlong(BRepView const& brep, Vector3f const& mean, Vector3f cons
     return extent;
 }
 
-LodLineBRepBuilder::line_s LineOf(BRepView const& brep) {
-    if (brep.vertexCount == 0) return kNoLine;
-    Vector3f const mean = MeanOf(brep);
-    Vector3f const axis = Decompose(InertiaOf(brep, mean)).vectors[2];
-    AxisExtent const extent = ExtentAlong(brep, mean, axis);
-    Vector3f const start = mean + extent.lowest * axis;
-    Vector3f const end = mean + extent.highest * axis;
-    return {start.x, start.y, start.z, end.x, end.y, end.z, std::sqrt(extent.distanceSquared)};
-}
+/// Up to four BReps, whose eigen decompositions are done side by side.
+struct Batch {
+    std::array<BRepView, 4> breps;
+    std::size_t size = 0;
+
+    void AppendLinesTo(std::vector<LodLineBRepBuilder::line_s>& lines) {
+        std::array<Vector3f, 4> means;
+        std::array<SymmetricMatrix3, 4> tensors;
+        for (std::size_t i = 0; i < size; ++i) {
+            if (breps[i].vertexCount == 0) continue;
+            means[i] = MeanOf(breps[i]);
+            tensors[i] = InertiaOf(breps[i], means[i]);
+        }
+        auto const decompositions = DecomposeFour(tensors);
+        for (std::size_t i = 0; i < size; ++i) {
+            lines.push_back(breps[i].vertexCount == 0 ? kNoLine
+                                                      : LineOf(breps[i], means[i], decompositions[i].vectors[2]));
+        }
+        size = 0;
+    }
+
+private:
+    static LodLineBRepBuilder::line_s LineOf(BRepView const& brep, Vector3f const& mean, Vector3f const& axis) {
+        AxisExtent const extent = ExtentAlong(brep, mean, axis);
+        Vector3f const start = mean + extent.lowest * axis;
+        Vector3f const end = mean + extent.highest * axis;
+        return {start.x, start.y, start.z, end.x, end.y, end.z, std::sqrt(extent.distanceSquared)};
+    }
+};
 
 /// The lines of one kind, up to the first BRep without vertices.
 template <class Table>
 void AppendLines(flatbuffers::Vector<flatbuffers::Offset<Table>> const* breps,
                  std::vector<LodLineBRepBuilder::line_s>& lines) {
     lines.reserve(CountOf(breps));
+    Batch batch;
     for (std::uint32_t i = 0; i < CountOf(breps); ++i) {
         auto const* const table = breps->Get(i);
-        if (table == nullptr || table->vertices() == nullptr) return;
-        lines.push_back(LineOf(BRepView(*table)));
+        if (table == nullptr || table->vertices() == nullptr) break;
+        batch.breps[batch.size++] = BRepView(*table);
+        if (batch.size == batch.breps.size()) batch.AppendLinesTo(lines);
     }
+    if (batch.size != 0) batch.AppendLinesTo(lines);
 }
 
 }  // namespace

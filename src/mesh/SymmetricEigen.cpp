@@ -1,87 +1,153 @@
 #include "mesh/SymmetricEigen.h"
 
-#include <algorithm>
-#include <cmath>
+#include "mesh/LaneMasks.h"
+
 #include <limits>
 #include <utility>
 
 namespace Quorlan::Tools {
 namespace {
 
+using GeometryObjectLib::VectorLanes;
+
 constexpr int kMostSweeps = 30;  ///< per eigenvalue; two or three are usual
 
-/// A tridiagonal matrix and the orthogonal basis that leads to it.
-struct Tridiagonal {
-    std::array<float, 3> diagonal;
-    std::array<float, 3> offDiagonal;  ///< between i and i + 1; the third is working space
-    std::array<Vector3f, 3> basis{Vector3f{1, 0, 0}, Vector3f{0, 1, 0}, Vector3f{0, 0, 1}};
+VectorLanes<Float4> Select(LaneMask mask, VectorLanes<Float4> const& a, VectorLanes<Float4> const& b) {
+    return {Select(mask, a.x, b.x), Select(mask, a.y, b.y), Select(mask, a.z, b.z)};
+}
+
+/// Four symmetric matrices.
+struct MatrixLanes {
+    Float4 xx, yy, zz, xy, xz, yz;
+
+    explicit MatrixLanes(std::array<SymmetricMatrix3, 4> const& m)
+        : xx(m[0].xx, m[1].xx, m[2].xx, m[3].xx),
+          yy(m[0].yy, m[1].yy, m[2].yy, m[3].yy),
+          zz(m[0].zz, m[1].zz, m[2].zz, m[3].zz),
+          xy(m[0].xy, m[1].xy, m[2].xy, m[3].xy),
+          xz(m[0].xz, m[1].xz, m[2].xz, m[3].xz),
+          yz(m[0].yz, m[1].yz, m[2].yz, m[3].yz) {}
+
+    /// Divides by the largest element and returns it; a zero matrix stays as it is.
+    Float4 Normalize() {
+        Float4 scale = Max(Max(Abs(xx), Abs(yy)), Max(Abs(zz), Max(Abs(xy), Max(Abs(xz), Abs(yz)))));
+        scale = Select(IsZero(scale), Float4(1.0F), scale);
+        for (Float4* const element : {&xx, &yy, &zz, &xy, &xz, &yz}) *element = *element / scale;
+        return scale;
+    }
 };
 
-/// Reflects y and z so that the element between x and z vanishes.
-Tridiagonal Tridiagonalize(SymmetricMatrix3 const& m) {
-    Tridiagonal t;
-    if (m.xz * m.xz < std::numeric_limits<float>::min()) {
-        t.diagonal = {m.xx, m.yy, m.zz};
-        t.offDiagonal = {m.xy, m.yz, 0};
-        return t;
-    }
-    float const length = std::sqrt(m.xy * m.xy + m.xz * m.xz);
-    float const u = m.xy / length;
-    float const w = m.xz / length;
-    float const turn = 2 * u * m.yz + w * (m.zz - m.yy);
-    t.diagonal = {m.xx, m.yy + w * turn, m.zz - w * turn};
-    t.offDiagonal = {length, m.yz - u * turn, 0};
-    t.basis[1] = {0, u, w};
-    t.basis[2] = {0, w, -u};
-    return t;
-}
+/// What a chase of the bulge carries from row to row.
+struct Chase {
+    Float4 bulge;
+    Float4 sine{1.0F};
+    Float4 cosine{1.0F};
+    Float4 shift{0.0F};
+};
 
-/// The first index from `first` on at which the matrix falls apart; 2 if it does not.
-int FindSplit(Tridiagonal const& t, int first) {
-    for (int m = first; m < 2; ++m) {
-        float const size = std::fabs(t.diagonal[m]) + std::fabs(t.diagonal[m + 1]);
-        if (std::fabs(t.offDiagonal[m]) <= std::numeric_limits<float>::epsilon() * size) return m;
+/// Four tridiagonal matrices, and the orthogonal bases that lead to them. Rows i and i + 1 are split where the element
+/// between them counts as zero.
+class Tridiagonal {
+public:
+    /// Reflects y and z so that the element between x and z vanishes.
+    explicit Tridiagonal(MatrixLanes const& m) {
+        LaneMask const isDone = IsLess(m.xz * m.xz, Float4(std::numeric_limits<float>::min()));
+        Float4 const length = Sqrt(m.xy * m.xy + m.xz * m.xz);
+        Float4 const u = m.xy / length;
+        Float4 const w = m.xz / length;
+        Float4 const turn = Float4(2.0F) * u * m.yz + w * (m.zz - m.yy);
+        Float4 const zero(0.0F);
+        Float4 const one(1.0F);
+        diagonal_ = {m.xx, Select(isDone, m.yy, m.yy + w * turn), Select(isDone, m.zz, m.zz - w * turn)};
+        offDiagonal_ = {Select(isDone, m.xy, length), Select(isDone, m.yz, m.yz - u * turn)};
+        basis_[0] = {one, zero, zero};
+        basis_[1] = {zero, Select(isDone, one, u), Select(isDone, zero, w)};
+        basis_[2] = {zero, Select(isDone, zero, w), Select(isDone, one, zero - u)};
     }
-    return 2;
-}
 
-/// One QL sweep over rows `first` to `last`, shifted by the eigenvalue of the leading 2 x 2 block that is closer to
-/// its corner. The bulge is chased upwards by plane rotations.
-void Sweep(Tridiagonal& t, int first, int last) {
-    auto& d = t.diagonal;
-    auto& f = t.offDiagonal;
-    float const ratio = (d[first + 1] - d[first]) / (2 * f[first]);
-    float const root = std::copysign(std::sqrt(ratio * ratio + 1), ratio);
-    float bulge = d[last] - d[first] + f[first] / (ratio + root);
-    float sine = 1;
-    float cosine = 1;
-    float shift = 0;
-    for (int i = last - 1; i >= first; --i) {
-        float const opposite = sine * f[i];
-        float const adjacent = cosine * f[i];
-        float const length = std::sqrt(opposite * opposite + bulge * bulge);
-        f[i + 1] = length;
-        if (length == 0) {  // the rows fall apart here
-            d[i + 1] -= shift;
-            f[last] = 0;
-            return;
+    void Diagonalize() {
+        for (int sweep = 0; sweep < kMostSweeps; ++sweep) {
+            LaneMask const active = Without(AllLanes(), IsSplit(0));
+            if (!IsAny(active)) break;
+            SweepFromTop(active);
         }
-        sine = opposite / length;
-        cosine = bulge / length;
-        float const corner = d[i + 1] - shift;
-        float const gain = (d[i] - corner) * sine + 2 * cosine * adjacent;
-        shift = sine * gain;
-        d[i + 1] = corner + shift;
-        bulge = cosine * gain - adjacent;
-        Vector3f const lower = t.basis[i];
-        Vector3f const upper = t.basis[i + 1];
-        t.basis[i + 1] = lower * sine + upper * cosine;
-        t.basis[i] = lower * cosine - upper * sine;
+        for (int sweep = 0; sweep < kMostSweeps; ++sweep) {
+            LaneMask const active = Without(AllLanes(), IsSplit(1));
+            if (!IsAny(active)) break;
+            SweepLastRows(active);
+        }
     }
-    d[first] -= shift;
-    f[first] = bulge;
-    f[last] = 0;
-}
+
+    std::array<Float4, 3> const& GetDiagonal() const { return diagonal_; }
+    std::array<VectorLanes<Float4>, 3> const& GetBasis() const { return basis_; }
+
+private:
+    LaneMask IsSplit(std::size_t i) const {
+        Float4 const size = Abs(diagonal_[i]) + Abs(diagonal_[i + 1]);
+        return IsLessOrEqual(Abs(offDiagonal_[i]), Float4(std::numeric_limits<float>::epsilon()) * size);
+    }
+
+    /// The last row's diagonal, shifted by the eigenvalue of the 2 x 2 block at `i` that is closer to its corner.
+    Float4 StartBulge(std::size_t i, Float4 const& lastDiagonal) const {
+        Float4 const half = (diagonal_[i + 1] - diagonal_[i]) * Float4(0.5F);
+        Float4 const square = offDiagonal_[i] * offDiagonal_[i];
+        Float4 const away = half + CopySign(Sqrt(half * half + square), half);
+        Float4 const shift = Select(IsZero(away), Float4(0.0F), square / away);  // zero only if the squares underflow
+        return lastDiagonal - diagonal_[i] + shift;
+    }
+
+    /// One QL sweep over all rows, or over the first two where the third is split off.
+    void SweepFromTop(LaneMask active) {
+        LaneMask const isShort = active & IsSplit(1);
+        Chase chase{StartBulge(0, Select(isShort, diagonal_[1], diagonal_[2]))};
+        LaneMask running = Rotate(1, Without(active, isShort), chase);
+        running = Rotate(0, running | isShort, chase);
+        diagonal_[0] = Select(running, diagonal_[0] - chase.shift, diagonal_[0]);
+        offDiagonal_[0] = Select(running, chase.bulge, offDiagonal_[0]);
+        offDiagonal_[1] = Select(isShort, Float4(0.0F), offDiagonal_[1]);
+    }
+
+    void SweepLastRows(LaneMask active) {
+        Chase chase{StartBulge(1, diagonal_[2])};
+        LaneMask const running = Rotate(1, active, chase);
+        diagonal_[1] = Select(running, diagonal_[1] - chase.shift, diagonal_[1]);
+        offDiagonal_[1] = Select(running, chase.bulge, offDiagonal_[1]);
+    }
+
+    /// Rotates rows i and i + 1 so that the bulge moves up. Returns the lanes that go on: where there is nothing to
+    /// rotate, the rows fall apart here.
+    LaneMask Rotate(std::size_t i, LaneMask active, Chase& chase) {
+        Float4 const opposite = chase.sine * offDiagonal_[i];
+        Float4 const adjacent = chase.cosine * offDiagonal_[i];
+        Float4 const length = Sqrt(opposite * opposite + chase.bulge * chase.bulge);
+        if (i == 0) offDiagonal_[1] = Select(active, length, offDiagonal_[1]);
+        Float4 const corner = diagonal_[i + 1] - chase.shift;
+        LaneMask const isVanished = active & IsZero(length);
+        diagonal_[i + 1] = Select(isVanished, corner, diagonal_[i + 1]);
+
+        LaneMask const running = Without(active, isVanished);
+        Float4 const sine = opposite / length;
+        Float4 const cosine = chase.bulge / length;
+        Float4 const gain = (diagonal_[i] - corner) * sine + Float4(2.0F) * cosine * adjacent;
+        Float4 const shift = sine * gain;
+        diagonal_[i + 1] = Select(running, corner + shift, diagonal_[i + 1]);
+        chase.sine = Select(running, sine, chase.sine);
+        chase.cosine = Select(running, cosine, chase.cosine);
+        chase.shift = Select(running, shift, chase.shift);
+        chase.bulge = Select(running, cosine * gain - adjacent, chase.bulge);
+
+        auto const lower = basis_[i];
+        auto const upper = basis_[i + 1];
+        auto const minusSine = Float4(0.0F) - sine;
+        basis_[i + 1] = Select(running, lower * sine + upper * cosine, upper);
+        basis_[i] = Select(running, lower * cosine + upper * minusSine, lower);
+        return running;
+    }
+
+    std::array<Float4, 3> diagonal_;
+    std::array<Float4, 2> offDiagonal_;
+    std::array<VectorLanes<Float4>, 3> basis_;
+};
 
 void SwapIfAscending(SymmetricEigen3& e, std::size_t a, std::size_t b) {
     if (e.values[a] < e.values[b]) {
@@ -90,32 +156,35 @@ void SwapIfAscending(SymmetricEigen3& e, std::size_t a, std::size_t b) {
     }
 }
 
+void Sort(SymmetricEigen3& e) {
+    SwapIfAscending(e, 0, 1);
+    SwapIfAscending(e, 1, 2);
+    SwapIfAscending(e, 0, 1);
+    // The last axis keeps its sign: it is the one that is used.
+    if (Dot(Cross(e.vectors[0], e.vectors[1]), e.vectors[2]) < 0) e.vectors[0] = e.vectors[0] * -1.0F;
+}
+
 }  // namespace
 
-SymmetricEigen3 Decompose(SymmetricMatrix3 const& m) {
-    float const scale = std::max(
-        {std::fabs(m.xx), std::fabs(m.yy), std::fabs(m.zz), std::fabs(m.xy), std::fabs(m.xz), std::fabs(m.yz)});
-    if (scale == 0) return {{0, 0, 0}, {Vector3f{1, 0, 0}, Vector3f{0, 1, 0}, Vector3f{0, 0, 1}}};
+std::array<SymmetricEigen3, 4> DecomposeFour(std::array<SymmetricMatrix3, 4> const& matrices) {
+    MatrixLanes lanes(matrices);
+    Float4 const scale = lanes.Normalize();
+    Tridiagonal tridiagonal(lanes);
+    tridiagonal.Diagonalize();
 
-    Tridiagonal t =
-        Tridiagonalize({m.xx / scale, m.yy / scale, m.zz / scale, m.xy / scale, m.xz / scale, m.yz / scale});
-    for (int first = 0; first < 2; ++first) {
-        for (int sweep = 0; sweep < kMostSweeps; ++sweep) {
-            int const last = FindSplit(t, first);
-            if (last == first) break;
-            Sweep(t, first, last);
+    std::array<SymmetricEigen3, 4> results;
+    for (std::size_t k = 0; k < 3; ++k) {
+        auto const values = ToArray(tridiagonal.GetDiagonal()[k] * scale);
+        auto const x = ToArray(tridiagonal.GetBasis()[k].x);
+        auto const y = ToArray(tridiagonal.GetBasis()[k].y);
+        auto const z = ToArray(tridiagonal.GetBasis()[k].z);
+        for (std::size_t i = 0; i < 4; ++i) {
+            results[i].values[k] = values[i];
+            results[i].vectors[k] = {x[i], y[i], z[i]};
         }
     }
-
-    SymmetricEigen3 result{{t.diagonal[0] * scale, t.diagonal[1] * scale, t.diagonal[2] * scale}, t.basis};
-    SwapIfAscending(result, 0, 1);
-    SwapIfAscending(result, 1, 2);
-    SwapIfAscending(result, 0, 1);
-    // The last axis keeps its sign: it is the one that is used.
-    if (Dot(Cross(result.vectors[0], result.vectors[1]), result.vectors[2]) < 0) {
-        result.vectors[0] = result.vectors[0] * -1.0F;
-    }
-    return result;
+    for (auto& result : results) Sort(result);
+    return results;
 }
 
 }  // namespace Quorlan::Tools

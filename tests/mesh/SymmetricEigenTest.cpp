@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <random>
 
@@ -99,6 +100,27 @@ TEST(SymmetricEigen, CloseAndVanishingValuesAreDecomposed) {
         ExpectDecomposition({v.x * v.x, v.y * v.y, v.z * v.z, v.x * v.y, v.x * v.z, v.y * v.z});
         auto const tiny = [&] { return 1e-6F * number(random); };
         ExpectDecomposition({1 + tiny(), 1 + tiny(), 1 + tiny(), tiny(), tiny(), tiny()});
+    }
+}
+
+TEST(SymmetricEigen, FourSideBySideGetTheBitsThatEachGetsAlone) {
+    constexpr unsigned kSeed = 10;
+    SCOPED_TRACE(kSeed);
+    std::mt19937 random(kSeed);
+    std::uniform_real_distribution<float> number(-1, 1);
+    for (int round = 0; round < 500; ++round) {
+        std::array<SymmetricMatrix3, 4> matrices;
+        for (auto& m : matrices) {
+            m = {number(random), number(random), number(random), number(random), number(random), number(random)};
+            if (random() % 4 == 0) m.xz = 0;
+            if (random() % 4 == 0) m.xy = m.yz = 0;
+            if (random() % 8 == 0) m = {};
+        }
+        auto const together = DecomposeFour(matrices);
+        for (std::size_t i = 0; i < 4; ++i) {
+            auto const alone = Decompose(matrices[i]);
+            ASSERT_EQ(std::memcmp(&alone, &together[i], sizeof(alone)), 0);
+        }
     }
 }
 
