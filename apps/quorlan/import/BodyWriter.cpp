@@ -52,10 +52,10 @@ std::size_t BodyWriter::Write(Quorlan::EntityIndex_t entity, Body const& body, s
         for (auto const& item : body.items) placed.push_back(item.placed);
         cuts = geometry_.Cut(placed, openings);
     }
-    std::size_t missed = 0;
+    missedCuts_ = 0;
     for (std::size_t i = 0; i < body.items.size(); ++i) {
         auto const& item = body.items[i];
-        missed += cuts[i].missedOpenings;
+        missedCuts_ += cuts[i].missedCuts;
         auto const material = GetMaterial(item.style ? item.style : fallback);
         auto const layer = GetLayer(item.layer.empty() ? defaultLayer : item.layer);
         if (cuts[i].isCut) {
@@ -63,20 +63,25 @@ std::size_t BodyWriter::Write(Quorlan::EntityIndex_t entity, Body const& body, s
         } else if (IsRigid(item.placed.placement)) {
             AddInstances(entity, GetDefinitions(item.placed.item), item.placed.placement, material, layer);
         } else {
-            auto converted = geometry_.Convert(item.placed.item);
+            auto converted = Convert(item.placed.item);
             Transform(converted.shape, item.placed.placement);
-            if (converted.shape.faces.empty()) ++report_.unreadItems[item.placed.item->className()];
             AddInstances(entity, AddShape(std::move(converted.shape), converted.isPolygons), {}, material, layer);
         }
     }
-    return missed;
+    return missedCuts_;
+}
+
+ConvertedShape BodyWriter::Convert(std::shared_ptr<IfcRepresentationItem> const& item) {
+    auto converted = geometry_.Convert(item);
+    if (converted.shape.faces.empty()) ++report_.unreadItems[item->className()];
+    missedCuts_ += converted.missedCuts;
+    return converted;
 }
 
 BodyWriter::Definitions const& BodyWriter::GetDefinitions(std::shared_ptr<IfcRepresentationItem> const& item) {
     auto const known = definitions_.find(item.get());
     if (known != definitions_.end()) return known->second;
-    auto converted = geometry_.Convert(item);
-    if (converted.shape.faces.empty()) ++report_.unreadItems[item->className()];
+    auto converted = Convert(item);
     return definitions_.emplace(item.get(), AddShape(std::move(converted.shape), converted.isPolygons)).first->second;
 }
 

@@ -21,7 +21,8 @@ public:
 
     /// Writes the body of an entity, minus `openings`, which are in the frame of the entity. Items without a style get
     /// `fallback`, items without a layer `defaultLayer` where that is not empty.
-    /// RETURNS how many openings were missed.
+    /// RETURNS how many cuts were missed: openings, and boolean operations of items that are written for the first
+    /// time.
     std::size_t Write(Quorlan::EntityIndex_t entity, Body const& body, std::vector<PlacedItem> const& openings,
                       std::optional<MaterialRecord> const& fallback, std::string const& defaultLayer);
 
@@ -34,6 +35,7 @@ private:
     using Definitions = std::vector<Definition>;
 
     Definitions const& GetDefinitions(std::shared_ptr<IfcRepresentationItem> const& item);
+    ConvertedShape Convert(std::shared_ptr<IfcRepresentationItem> const& item);
     Definitions AddShape(FacetedBRep shape, bool isPolygons);
     void AddInstances(Quorlan::EntityIndex_t entity, Definitions const& definitions, Matrix4 const& placement,
                       std::uint32_t material, std::uint32_t layer);
@@ -46,6 +48,7 @@ private:
     std::unordered_map<IfcRepresentationItem const*, Definitions> definitions_;
     std::map<std::array<std::uint8_t, 5>, std::uint32_t> materials_;
     std::map<std::string, std::uint32_t> layers_;
+    std::size_t missedCuts_ = 0;
 };
 
 }  // namespace QuorlanProgram::Import

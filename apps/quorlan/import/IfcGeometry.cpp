@@ -25,8 +25,9 @@ using MeshSet = carve::mesh::MeshSet<3>;
 using MeshSetPointer = std::shared_ptr<MeshSet>;
 
 constexpr double kKernelTolerance = 1.5e-5;  ///< [units of the file] that the kernel is made for
+constexpr int kDeepestBoolean = 500;         ///< operands within operands beyond this meet themselves
 constexpr double kVolumeTolerance = 1e-9;    ///< [-] a cut that changes less of a volume changes nothing
-constexpr double kNudge = 2e-5;              ///< [-] by which an opening grows for a second try
+constexpr double kNudge = 2e-5;              ///< [-] by which a tool is scaled for a second try
 
 carve::math::Matrix ToKernel(Matrix4 const& m) {
     return {m.m[0], m.m[1], m.m[2],  m.m[3],  m.m[4],  m.m[5],  m.m[6],  m.m[7],
@@ -47,12 +48,6 @@ void AddMeshes(ShapeBuilder& builder, MeshSet const& set) {
             builder.AddFace(loop);
         }
     }
-}
-
-FacetedBRep TakeOutward(ShapeBuilder& builder) {
-    auto shape = builder.Take();
-    if (IsClosed(shape) && GetVolume(shape) < 0) Flip(shape);
-    return shape;
 }
 
 FacetedBRep ToShape(MeshSet const& set) {
@@ -89,14 +84,14 @@ bool BoxesMeet(MeshSet const& a, MeshSet const& b) {
     return true;
 }
 
-/// The opening, grown about its centre by a share far below what is built, so that faces which coincide with faces of
-/// the body no longer do.
-MeshSetPointer Grown(MeshSet const& opening) {
-    MeshSetPointer grown(opening.clone());
-    auto const centre = opening.getAABB().pos;
-    for (auto& vertex : grown->vertex_storage) vertex.v = centre + (vertex.v - centre) * (1 + kNudge);
-    for (auto* mesh : grown->meshes) mesh->recalc();
-    return grown;
+/// The tool, scaled about its centre by a share far below what is built, so that faces which coincide with faces of the
+/// body no longer do.
+MeshSetPointer Scaled(MeshSet const& tool, double factor) {
+    MeshSetPointer scaled(tool.clone());
+    auto const centre = tool.getAABB().pos;
+    for (auto& vertex : scaled->vertex_storage) vertex.v = centre + (vertex.v - centre) * factor;
+    for (auto* mesh : scaled->meshes) mesh->recalc();
+    return scaled;
 }
 
 }  // namespace
@@ -124,6 +119,7 @@ struct IfcGeometry::Kernel {
     }
 
     std::shared_ptr<ItemShapeData> Mesh(std::shared_ptr<IfcRepresentationItem> const& item) {
+        if (auto const result = std::dynamic_pointer_cast<IfcBooleanResult>(item)) return MeshBoolean(*result);
         auto data = std::make_shared<ItemShapeData>();
         Try([&] {
             if (auto const shape = std::dynamic_pointer_cast<IfcGeometricRepresentationItem>(item)) {
@@ -132,6 +128,43 @@ struct IfcGeometry::Kernel {
                 GetItems().convertTopologicalRepresentationItem(topology, data);
             }
         });
+        return data;
+    }
+
+    /// The kernel's own boolean results leave out a cut that fails without a word; here it is tried again and counted.
+    std::shared_ptr<ItemShapeData> MeshBoolean(IfcBooleanResult const& result) {
+        if (!result.m_Operator || !result.m_FirstOperand || !result.m_SecondOperand || depth == kDeepestBoolean) {
+            return std::make_shared<ItemShapeData>();
+        }
+        ++depth;
+        auto body = MeshOperand(result.m_FirstOperand, nullptr);
+        auto const tools = MeshOperand(result.m_SecondOperand, body);
+        --depth;
+        if (result.m_Operator->m_enum == IfcBooleanOperator::ENUM_UNION) {
+            // Solids that overlap show the same surface as their union, but for what lies inside.
+            body->addItemData(tools);
+            return body;
+        }
+        auto const isDifference = result.m_Operator->m_enum == IfcBooleanOperator::ENUM_DIFFERENCE;
+        for (auto& set : body->m_meshsets) {
+            for (auto const& tool : tools->m_meshsets) {
+                if (isDifference)
+                    CutOpening(set, *tool);
+                else
+                    Intersect(set, *tool);
+            }
+        }
+        return body;
+    }
+
+    std::shared_ptr<ItemShapeData> MeshOperand(std::shared_ptr<IfcBooleanOperand> const& operand,
+                                               std::shared_ptr<ItemShapeData> const& other) {
+        auto const item = std::dynamic_pointer_cast<IfcRepresentationItem>(operand);
+        if (std::dynamic_pointer_cast<IfcBooleanResult>(item) || std::dynamic_pointer_cast<IfcTessellatedItem>(item)) {
+            return Mesh(item);
+        }
+        auto data = std::make_shared<ItemShapeData>();
+        Try([&] { GetItems().getSolidConverter()->convertIfcBooleanOperand(operand, data, other); });
         return data;
     }
 
@@ -147,33 +180,60 @@ struct IfcGeometry::Kernel {
         return loops;
     }
 
-    /// Body minus opening; null if the result is no smaller solid.
-    MeshSetPointer Subtract(MeshSet const& body, MeshSet const& opening, double bodyVolume) {
+    static FacetedBRep ToWholeShape(ItemShapeData const& data) {
+        ShapeBuilder builder;
+        for (auto const& set : data.m_meshsets) AddMeshes(builder, *set);
+        for (auto const& set : data.m_meshsets_open) AddMeshes(builder, *set);
+        auto shape = builder.Take();
+        if (IsClosed(shape) && GetVolume(shape) < 0) Flip(shape);
+        return shape;
+    }
+
+    MeshSetPointer Combine(MeshSet const& body, MeshSet const& tool, carve::csg::CSG::OP operation) {
         MeshSetPointer a(body.clone());
-        MeshSetPointer b(opening.clone());
+        MeshSetPointer b(tool.clone());
         MeshSetPointer result;
-        Try([&] { CSG_Adapter::computeCSG(a, b, carve::csg::CSG::A_MINUS_B, result, &silent, nullptr); });
+        Try([&] { CSG_Adapter::computeCSG(a, b, operation, result, &silent, nullptr); });
+        return result;
+    }
+
+    /// Body minus tool; null if the result is no smaller solid.
+    MeshSetPointer Subtract(MeshSet const& body, MeshSet const& tool, double bodyVolume) {
+        auto result = Combine(body, tool, carve::csg::CSG::A_MINUS_B);
         if (!result) return nullptr;
         auto const volume = GetVolume(ToShape(*result));
         return volume > 0 && volume < bodyVolume * (1 - kVolumeTolerance) ? result : nullptr;
     }
 
-    /// Cuts one opening from `body`. RETURNS false if it reaches into the body and did not change it.
-    bool CutOpening(MeshSetPointer& body, MeshSet const& opening, bool& isCut) {
-        if (!BoxesMeet(*body, opening)) return true;
+    /// Cuts one tool from `body`, with second tries where it reaches into the body and the kernel fails. RETURNS
+    /// whether the body changed.
+    bool CutOpening(MeshSetPointer& body, MeshSet const& tool) {
+        if (!BoxesMeet(*body, tool)) return false;
         auto const before = ToShape(*body);
         auto const volume = GetVolume(before);
-        auto result = Subtract(*body, opening, volume);
-        if (!result) {
-            if (!OverlapAtSamples(before, ToShape(opening))) return true;
-            result = Subtract(*body, *Grown(opening), volume);
+        auto result = Subtract(*body, tool, volume);
+        if (!result && !OverlapAtSamples(before, ToShape(tool))) return false;
+        for (auto const factor : {1 + kNudge, 1 - kNudge}) {
+            if (!result) result = Subtract(*body, *Scaled(tool, factor), volume);
         }
-        if (!result) return false;
+        if (!result) {
+            ++missedCuts;
+            return false;
+        }
         body = result;
-        isCut = true;
         return true;
     }
 
+    void Intersect(MeshSetPointer& body, MeshSet const& tool) {
+        auto const result = Combine(*body, tool, carve::csg::CSG::INTERSECTION);
+        if (result)
+            body = result;
+        else
+            ++missedCuts;
+    }
+
+    int depth = 0;
+    std::size_t missedCuts = 0;
     GeometryConverter converter;
     StatusCallback silent;  ///< what the kernel says about a cut that is tried and judged by its result
     MessageLog* log = nullptr;
@@ -210,11 +270,12 @@ ConvertedShape IfcGeometry::Convert(std::shared_ptr<IfcRepresentationItem> const
         if (!prism.faces.empty()) return {std::move(prism), true};
     }
 
+    auto const missedBefore = kernel_->missedCuts;
     auto const data = kernel_->Mesh(item);
-    ShapeBuilder builder;
-    for (auto const& set : data->m_meshsets) AddMeshes(builder, *set);
-    for (auto const& set : data->m_meshsets_open) AddMeshes(builder, *set);
-    return {TakeOutward(builder), false};
+    ConvertedShape converted;
+    converted.shape = kernel_->ToWholeShape(*data);
+    converted.missedCuts = kernel_->missedCuts - missedBefore;
+    return converted;
 }
 
 std::vector<CutShape> IfcGeometry::Cut(std::vector<PlacedItem> const& body, std::vector<PlacedItem> const& openings) {
@@ -226,17 +287,14 @@ std::vector<CutShape> IfcGeometry::Cut(std::vector<PlacedItem> const& body, std:
     std::vector<CutShape> cuts;
     for (auto const& placed : body) {
         auto& cut = cuts.emplace_back();
+        auto const missedBefore = kernel_->missedCuts;
         auto const data = kernel_->MeshPlaced(placed);
+        auto const missedWithin = kernel_->missedCuts;
         for (auto& set : data->m_meshsets) {
-            for (auto const& tool : tools) {
-                if (!kernel_->CutOpening(set, *tool, cut.isCut)) ++cut.missedOpenings;
-            }
+            for (auto const& tool : tools) cut.isCut = kernel_->CutOpening(set, *tool) || cut.isCut;
         }
-        if (!cut.isCut) continue;
-        ShapeBuilder builder;
-        for (auto const& set : data->m_meshsets) AddMeshes(builder, *set);
-        for (auto const& set : data->m_meshsets_open) AddMeshes(builder, *set);
-        cut.shape = TakeOutward(builder);
+        cut.missedCuts = kernel_->missedCuts - (cut.isCut ? missedBefore : missedWithin);
+        if (cut.isCut) cut.shape = kernel_->ToWholeShape(*data);
     }
     return cuts;
 }

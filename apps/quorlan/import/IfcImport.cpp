@@ -135,7 +135,7 @@ private:
         auto const missed = bodies_.Write(entity, body, CollectOpenings(product, world), FindMaterialStyle(product),
                                           isSpace ? "IfcSpace" : "");
         auto const guid = ToUtf8(product.m_GlobalId);
-        if (missed > 0) report_.openingsNotCut.push_back(guid + ": " + std::to_string(missed));
+        if (missed > 0) report_.missedCuts.push_back(guid + ": " + std::to_string(missed));
         if (report_.instances == written) report_.productsWithoutShape.push_back(guid);
     }
 

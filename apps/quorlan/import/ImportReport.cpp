@@ -58,7 +58,7 @@ std::string ToText(ImportReport const& r) {
     WriteCounts(out, "not read, body items", r.unreadItems);
     WriteCounts(out, "not read, properties", r.unreadProperties);
     WriteNames(out, "not read, products whose body gave no shape", r.productsWithoutShape);
-    WriteNames(out, "openings that may not be cut", r.openingsNotCut);
+    WriteNames(out, "cuts that failed (product: number)", r.missedCuts);
     WriteNames(out, "GUIDs that occur more than once", r.duplicateGuids);
     WriteNames(out, "GUIDs that are none", r.invalidGuids);
     WriteCounts(out, "messages of the reader", r.messages);
@@ -90,7 +90,7 @@ std::string ToJson(ImportReport const& r) {
         {"productsWithoutShape", r.productsWithoutShape},
         {"duplicateGuids", r.duplicateGuids},
         {"invalidGuids", r.invalidGuids},
-        {"openingsNotCut", r.openingsNotCut},
+        {"missedCuts", r.missedCuts},
         {"messages", r.messages},
         {"secondsRead", r.secondsRead},
         {"secondsShape", r.secondsShape},

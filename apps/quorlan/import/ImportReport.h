@@ -34,8 +34,8 @@ struct ImportReport {
     std::vector<std::string> productsWithoutShape;        ///< GUIDs of products whose body gave no shape at all
     std::vector<std::string> duplicateGuids;              ///< each once; all of their entities are kept
     std::vector<std::string> invalidGuids;                ///< kept as identifier texts
-    std::vector<std::string> openingsNotCut;              ///< "GUID of the product: what happened"
-    std::map<std::string, std::size_t> messages;          ///< of the reader, each with its number of occurrences
+    std::vector<std::string> missedCuts;          ///< "GUID: 2", products with openings or clippings that failed
+    std::map<std::string, std::size_t> messages;  ///< of the reader, each with its number of occurrences
 
     double secondsRead = 0;   ///< text to IFC model
     double secondsShape = 0;  ///< IFC model to model buffer

@@ -95,7 +95,7 @@ TEST(ImportedBody, OpeningsAreCutAndAreNoEntities) {
     ImportedModel const model(ifc.GetText());
     EXPECT_EQ(model.GetReader().GetEntities().GetCount(), 1u);
     EXPECT_EQ(model.GetReport().openings, 1u);
-    EXPECT_TRUE(model.GetReport().openingsNotCut.empty());
+    EXPECT_TRUE(model.GetReport().missedCuts.empty());
     EXPECT_NEAR(GetVolume(model.GetShape(0)), 4 * 0.2 * 2.5 - 1 * 0.2 * 1, 1e-5);
 }
 
@@ -108,7 +108,7 @@ TEST(ImportedBody, AnOpeningBesideTheBodyLeavesItsPolygons) {
     ifc.AddRelation("IFCRELVOIDSELEMENT", wall + "," + opening);
     ImportedModel const model(ifc.GetText());
     EXPECT_THAT(model.GetShape(0).faces, SizeIs(6));
-    EXPECT_TRUE(model.GetReport().openingsNotCut.empty());
+    EXPECT_TRUE(model.GetReport().missedCuts.empty());
 }
 
 TEST(ImportedBody, TwoUsesOfAMapAreTwoInstancesOfOneDefinition) {
