@@ -65,7 +65,7 @@ std::size_t BodyWriter::Write(Quorlan::EntityIndex_t entity, Body const& body, s
         } else {
             auto converted = Convert(item.placed.item);
             Transform(converted.shape, item.placed.placement);
-            AddInstances(entity, AddShape(std::move(converted.shape), converted.isPolygons), {}, material, layer);
+            AddInstances(entity, AddShape(std::move(converted.shape), converted.isAsModelled), {}, material, layer);
         }
     }
     return missedCuts_;
@@ -82,13 +82,13 @@ BodyWriter::Definitions const& BodyWriter::GetDefinitions(std::shared_ptr<IfcRep
     auto const known = definitions_.find(item.get());
     if (known != definitions_.end()) return known->second;
     auto converted = Convert(item);
-    return definitions_.emplace(item.get(), AddShape(std::move(converted.shape), converted.isPolygons)).first->second;
+    return definitions_.emplace(item.get(), AddShape(std::move(converted.shape), converted.isAsModelled)).first->second;
 }
 
-BodyWriter::Definitions BodyWriter::AddShape(FacetedBRep shape, bool isPolygons) {
+BodyWriter::Definitions BodyWriter::AddShape(FacetedBRep shape, bool isAsModelled) {
     Definitions definitions;
     if (shape.faces.empty()) return definitions;
-    ++(isPolygons ? report_.polygonShapes : report_.triangleShapes);
+    ++(isAsModelled ? report_.modelledShapes : report_.joinedShapes);
     if (shape.vertices.size() > kVertexLimit) ++report_.splitShapes;
     for (auto& part : SplitShape(shape, kVertexLimit)) {
         auto const origin = MoveToOrigin(part);

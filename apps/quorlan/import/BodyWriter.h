@@ -36,7 +36,7 @@ private:
 
     Definitions const& GetDefinitions(std::shared_ptr<IfcRepresentationItem> const& item);
     ConvertedShape Convert(std::shared_ptr<IfcRepresentationItem> const& item);
-    Definitions AddShape(FacetedBRep shape, bool isPolygons);
+    Definitions AddShape(FacetedBRep shape, bool isAsModelled);
     void AddInstances(Quorlan::EntityIndex_t entity, Definitions const& definitions, Matrix4 const& placement,
                       std::uint32_t material, std::uint32_t layer);
     std::uint32_t GetMaterial(std::optional<MaterialRecord> const& style);

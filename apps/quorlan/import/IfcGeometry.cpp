@@ -13,6 +13,7 @@
 #include <exception>
 #include <optional>
 
+#include "CoplanarFaces.h"
 #include "FaceReader.h"
 #include "Overlap.h"
 #include "Placement.h"
@@ -75,11 +76,13 @@ std::optional<Vertex> ToDirection(IfcExtrudedAreaSolid const& solid, double metr
     return direction * (solid.m_Depth->m_value * metresPerUnit / length);
 }
 
+/// True if the boxes have more in common than a touch.
 bool BoxesMeet(MeshSet const& a, MeshSet const& b) {
     auto const boxA = a.getAABB();
     auto const boxB = b.getAABB();
     for (unsigned i = 0; i < 3; ++i) {
-        if (std::abs(boxA.pos.v[i] - boxB.pos.v[i]) >= boxA.extent.v[i] + boxB.extent.v[i]) return false;
+        auto const depth = boxA.extent.v[i] + boxB.extent.v[i] - std::abs(boxA.pos.v[i] - boxB.pos.v[i]);
+        if (!(depth > kThinnestOverlap)) return false;
     }
     return true;
 }
@@ -184,7 +187,7 @@ struct IfcGeometry::Kernel {
         ShapeBuilder builder;
         for (auto const& set : data.m_meshsets) AddMeshes(builder, *set);
         for (auto const& set : data.m_meshsets_open) AddMeshes(builder, *set);
-        auto shape = builder.Take();
+        auto shape = JoinCoplanarFaces(builder.Take());
         if (IsClosed(shape) && GetVolume(shape) < 0) Flip(shape);
         return shape;
     }

@@ -19,14 +19,14 @@ struct PlacedItem {
 
 struct ConvertedShape {
     FacetedBRep shape;
-    bool isPolygons = false;     ///< faces as they were modelled; otherwise triangles
+    bool isAsModelled = false;   ///< otherwise the faces are joined from the kernel's triangles
     std::size_t missedCuts = 0;  ///< boolean operations of the item that failed
 };
 
 /// An item of a body from which openings were cut.
 struct CutShape {
     bool isCut = false;          ///< false: no opening changes the item, and `shape` is empty
-    FacetedBRep shape;           ///< triangles, in the frame of the product
+    FacetedBRep shape;           ///< in the frame of the product
     std::size_t missedCuts = 0;  ///< openings that failed; of an item that is cut, its own operations too
 };
 

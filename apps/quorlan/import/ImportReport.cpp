@@ -44,8 +44,8 @@ std::string ToText(ImportReport const& r) {
     std::ostringstream out;
     out << "schema: " << r.schema << '\n'
         << "products: " << r.products << ", imported " << r.entities << '\n'
-        << "instances: " << r.instances << " of " << r.definitions << " definitions (" << r.polygonShapes
-        << " as polygons, " << r.triangleShapes << " as triangles)\n"
+        << "instances: " << r.instances << " of " << r.definitions << " definitions (" << r.modelledShapes
+        << " with their faces as modelled, " << r.joinedShapes << " from joined triangles)\n"
         << "materials: " << r.materials << ", layers: " << r.layers << ", properties: " << r.properties
         << ", owner histories: " << r.ownerHistories << '\n';
     if (r.spaces > 0) out << "spaces: " << r.spaces << ", on layer IfcSpace where they have no layer of their own\n";
@@ -73,8 +73,8 @@ std::string ToJson(ImportReport const& r) {
         {"spaces", r.spaces},
         {"instances", r.instances},
         {"definitions", r.definitions},
-        {"polygonShapes", r.polygonShapes},
-        {"triangleShapes", r.triangleShapes},
+        {"modelledShapes", r.modelledShapes},
+        {"joinedShapes", r.joinedShapes},
         {"splitShapes", r.splitShapes},
         {"materials", r.materials},
         {"layers", r.layers},

@@ -16,8 +16,8 @@ struct ImportReport {
     std::size_t spaces = 0;           ///< of these, spaces
     std::size_t instances = 0;        ///< written
     std::size_t definitions = 0;      ///< written
-    std::size_t polygonShapes = 0;    ///< of these, those read as polygons with holes
-    std::size_t triangleShapes = 0;   ///< of these, those that came as triangles
+    std::size_t modelledShapes = 0;   ///< of these, those whose faces are as they were modelled
+    std::size_t joinedShapes = 0;     ///< of these, those whose faces were joined from the kernel's triangles
     std::size_t splitShapes = 0;      ///< shapes that needed more than one definition
     std::size_t materials = 0;        ///< written
     std::size_t layers = 0;           ///< written

@@ -67,7 +67,8 @@ bool OverlapAtSamples(FacetedBRep const& a, FacetedBRep const& b) {
                      std::max(boxA.min.z, boxB.min.z)};
     Vertex const max{std::min(boxA.max.x, boxB.max.x), std::min(boxA.max.y, boxB.max.y),
                      std::min(boxA.max.z, boxB.max.z)};
-    if (!(min.x < max.x && min.y < max.y && min.z < max.z)) return false;
+    auto const depth = std::min({max.x - min.x, max.y - min.y, max.z - min.z});
+    if (!(depth > kThinnestOverlap)) return false;
     auto const at = [](double lo, double hi, int i) { return lo + (hi - lo) * (i + 0.5) / kSamplesPerAxis; };
     for (int i = 0; i < kSamplesPerAxis * kSamplesPerAxis * kSamplesPerAxis; ++i) {
         Vertex const point{at(min.x, max.x, i % kSamplesPerAxis),

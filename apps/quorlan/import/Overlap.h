@@ -4,6 +4,8 @@
 
 namespace QuorlanProgram::Import {
 
+constexpr double kThinnestOverlap = 1e-5;  ///< [m] boxes that share less only touch
+
 /// How often the closed `shape` runs round `point`: 1 inside, 0 outside (Van Oosterom and Strackee, "The Solid Angle of
 /// a Plane Triangle", 1983). Not defined on the surface.
 double GetWindingNumber(FacetedBRep const& shape, Vertex const& point);
