@@ -18,8 +18,8 @@ struct FoldedRun {
     std::uint32_t ApplyTo(std::uint32_t signature) const { return offset + signature * scale; }
 };
 
-/// Hands the loops of `shape` to `visit` in order: outer loop, number of inner loops (as a loop of one), inner loops of
-/// each face. Stops where `visit` returns false.
+/// Hands the loops of `shape` to `visit` face by face: the outer loop with the number of inner loops that follow, then
+/// each inner loop with 0. RETURNS false, having stopped there, once `visit` does.
 template <class Visit>
 bool VisitLoops(FacetedBRep const& shape, Visit const& visit) {
     auto entry = shape.holes.begin();
@@ -57,7 +57,10 @@ std::uint32_t ComputeSignature(FacetedBRep const& shape, std::size_t vertexCount
 
 std::vector<std::uint32_t> FlattenLoops(FacetedBRep const& shape) {
     std::size_t length = 0;
-    VisitLoops(shape, [&](auto const& loop, std::uint32_t) { return length += 2 + loop.size(), true; });
+    VisitLoops(shape, [&](auto const& loop, std::uint32_t) {
+        length += 2 + loop.size();
+        return true;
+    });
     std::vector<std::uint32_t> flat;
     flat.reserve(length);
     VisitLoops(shape, [&](auto const& loop, std::uint32_t innerCount) {
