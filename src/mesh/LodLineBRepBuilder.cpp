@@ -1,6 +1,6 @@
 #include <Tools/LodLineBRepBuilder.h>
 
-#include "mesh/LaneMasks.h"
+#include "mesh/LaneTools.h"
 #include "mesh/SymmetricEigen.h"
 #include "model/ModelView.h"
 
@@ -68,9 +68,9 @@ AxisExtent ExtentAlong(BRepView const& brep, Vector3f const& mean, Vector3f cons
     Float4 farthest(extent.distanceSquared);
     for (std::uint32_t i = 0; i < brep.vertexCount; i += 4) {
         auto const p = FourPositions(brep, i);
-        Float4 const t = Dot({p.x - m.x, p.y - m.y, p.z - m.z}, a);
+        Float4 const t = Dot(p - m, a);
         auto const foot = m + a * t;
-        VectorLanes<Float4> const off{p.x - foot.x, p.y - foot.y, p.z - foot.z};
+        auto const off = p - foot;
         lowest = Min(lowest, t);
         highest = Max(highest, t);
         farthest = Max(farthest, Dot(off, off));

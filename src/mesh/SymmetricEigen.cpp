@@ -1,6 +1,6 @@
 #include "mesh/SymmetricEigen.h"
 
-#include "mesh/LaneMasks.h"
+#include "mesh/LaneTools.h"
 
 #include <limits>
 #include <utility>
@@ -51,7 +51,7 @@ class Tridiagonal {
 public:
     /// Reflects y and z so that the element between x and z vanishes.
     explicit Tridiagonal(MatrixLanes const& m) {
-        LaneMask const isDone = IsLess(m.xz * m.xz, Float4(std::numeric_limits<float>::min()));
+        LaneMask const isDone = m.xz * m.xz < Float4(std::numeric_limits<float>::min());
         Float4 const length = Sqrt(m.xy * m.xy + m.xz * m.xz);
         Float4 const u = m.xy / length;
         Float4 const w = m.xz / length;
@@ -62,17 +62,17 @@ public:
         offDiagonal_ = {Select(isDone, m.xy, length), Select(isDone, m.yz, m.yz - u * turn)};
         basis_[0] = {one, zero, zero};
         basis_[1] = {zero, Select(isDone, one, u), Select(isDone, zero, w)};
-        basis_[2] = {zero, Select(isDone, zero, w), Select(isDone, one, zero - u)};
+        basis_[2] = {zero, Select(isDone, zero, w), Select(isDone, one, -u)};
     }
 
     void Diagonalize() {
         for (int sweep = 0; sweep < kMostSweeps; ++sweep) {
-            LaneMask const active = Without(AllLanes(), IsSplit(0));
+            LaneMask const active = !IsSplit(0);
             if (!IsAny(active)) break;
             SweepFromTop(active);
         }
         for (int sweep = 0; sweep < kMostSweeps; ++sweep) {
-            LaneMask const active = Without(AllLanes(), IsSplit(1));
+            LaneMask const active = !IsSplit(1);
             if (!IsAny(active)) break;
             SweepLastRows(active);
         }
@@ -84,14 +84,15 @@ public:
 private:
     LaneMask IsSplit(std::size_t i) const {
         Float4 const size = Abs(diagonal_[i]) + Abs(diagonal_[i + 1]);
-        return IsLessOrEqual(Abs(offDiagonal_[i]), Float4(std::numeric_limits<float>::epsilon()) * size);
+        return Abs(offDiagonal_[i]) <= Float4(std::numeric_limits<float>::epsilon()) * size;
     }
 
     /// The last row's diagonal, shifted by the eigenvalue of the 2 x 2 block at `i` that is closer to its corner.
     Float4 StartBulge(std::size_t i, Float4 const& lastDiagonal) const {
         Float4 const half = (diagonal_[i + 1] - diagonal_[i]) * Float4(0.5F);
         Float4 const square = offDiagonal_[i] * offDiagonal_[i];
-        Float4 const away = half + CopySign(Sqrt(half * half + square), half);
+        Float4 const root = Sqrt(half * half + square);
+        Float4 const away = half + Select(half < Float4(0.0F), -root, root);
         Float4 const shift = Select(IsZero(away), Float4(0.0F), square / away);  // zero only if the squares underflow
         return lastDiagonal - diagonal_[i] + shift;
     }
@@ -100,7 +101,7 @@ private:
     void SweepFromTop(LaneMask active) {
         LaneMask const isShort = active & IsSplit(1);
         Chase chase{StartBulge(0, Select(isShort, diagonal_[1], diagonal_[2]))};
-        LaneMask running = Rotate(1, Without(active, isShort), chase);
+        LaneMask running = Rotate(1, active & !isShort, chase);
         running = Rotate(0, running | isShort, chase);
         diagonal_[0] = Select(running, diagonal_[0] - chase.shift, diagonal_[0]);
         offDiagonal_[0] = Select(running, chase.bulge, offDiagonal_[0]);
@@ -125,7 +126,7 @@ private:
         LaneMask const isVanished = active & IsZero(length);
         diagonal_[i + 1] = Select(isVanished, corner, diagonal_[i + 1]);
 
-        LaneMask const running = Without(active, isVanished);
+        LaneMask const running = active & !isVanished;
         Float4 const sine = opposite / length;
         Float4 const cosine = chase.bulge / length;
         Float4 const gain = (diagonal_[i] - corner) * sine + Float4(2.0F) * cosine * adjacent;
@@ -138,9 +139,8 @@ private:
 
         auto const lower = basis_[i];
         auto const upper = basis_[i + 1];
-        auto const minusSine = Float4(0.0F) - sine;
         basis_[i + 1] = Select(running, lower * sine + upper * cosine, upper);
-        basis_[i] = Select(running, lower * cosine + upper * minusSine, lower);
+        basis_[i] = Select(running, lower * cosine - upper * sine, lower);
         return running;
     }
 
