@@ -101,7 +101,7 @@ void PickScene::MoveToOrigin() {
 }
 
 PickScene::Picker::Picker(PickScene const& scene, ViewProjection const& view)
-    : scene_(&scene), viewPicker_(scene.prototype_), rayPicker_(scene.prototype_) {
+    : scene_(&scene), view_(view), viewPicker_(scene.prototype_), rayPicker_(scene.prototype_) {
     viewPicker_.SetViewProjection(MoveView(view, scene.shift_));
 }
 
@@ -109,6 +109,26 @@ std::optional<SurfaceHit> PickScene::Picker::Pick(double x, double y) {
     viewPicker_.SetPickPositionX(x);
     viewPicker_.SetPickPositionY(y);
     return PickWith(viewPicker_);
+}
+
+std::optional<EdgeHit> PickScene::Picker::PickEdge(double x, double y, EdgeKind kind, double tolerance) {
+    viewPicker_.SetPickPositionX(x);
+    viewPicker_.SetPickPositionY(y);
+    auto const& hidden = scene_->hidden_;
+    auto const found = kind == EdgeKind::Lines
+                           ? viewPicker_.PickLines(GetBuffer(), {}, hidden, scene_->tree_, tolerance)
+                           : viewPicker_.PickEdges(GetBuffer(), {}, hidden, scene_->tree_, tolerance);
+    if (!found) return std::nullopt;
+    EdgeHit hit{viewPicker_.GetGeometryInstanceId(), viewPicker_.GetGeometryInstancePrimitiveId(),
+                viewPicker_.GetShortestDistance(), viewPicker_.GetPickedPoint() + scene_->shift_};
+    double seenX = 0, seenY = 0;
+    Quorlan::Tools::Picking::WorldToView(view_, hit.point, seenX, seenY);
+    hit.pixels = std::hypot(seenX - x, seenY - y);
+    return hit;
+}
+
+std::vector<char> const& PickScene::Picker::GetBuffer() const {
+    return scene_->moved_.empty() ? scene_->model_.GetBytes() : scene_->moved_;
 }
 
 std::optional<SurfaceHit> PickScene::Picker::Cast(Vertex const& origin, Vertex const& direction) {
@@ -122,8 +142,7 @@ std::optional<SurfaceHit> PickScene::Picker::Cast(Vertex const& origin, Vertex c
 std::optional<SurfaceHit> PickScene::Picker::PickWith(ModelPicker& picker) const {
     auto const& hidden = scene_->hidden_;
     auto const isHidden = [&hidden](Quorlan::EntityIndex_t entity) { return hidden.count(entity) != 0; };
-    auto const& buffer = scene_->moved_.empty() ? scene_->model_.GetBytes() : scene_->moved_;
-    if (!picker.PickSurfaces(buffer, {}, isHidden, scene_->tree_)) return std::nullopt;
+    if (!picker.PickSurfaces(GetBuffer(), {}, isHidden, scene_->tree_)) return std::nullopt;
     return SurfaceHit{picker.GetGeometryInstanceId(), picker.GetGeometryInstancePrimitiveId(),
                       picker.GetShortestDistance(), picker.GetPickedPoint() + scene_->shift_, picker.GetPickedNormal()};
 }

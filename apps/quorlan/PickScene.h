@@ -34,6 +34,18 @@ struct SurfaceHit {
     GeometryObjectLib::Vertex normal;
 };
 
+/// What shall be found near a pixel: edges of solids, lines and arcs; or lines and arcs alone.
+enum class EdgeKind { All, Lines };
+
+/// An edge, a line or an arc near a pixel, in world coordinates.
+struct EdgeHit {
+    std::uint32_t instance = 0;
+    std::uint32_t primitive = 0;  ///< of a solid the face, of line graphics the segment: lines first, then arcs
+    double distance = 0;
+    GeometryObjectLib::Vertex point;
+    double pixels = 0;  ///< between the pixel and where `point` is seen
+};
+
 /// A model with its box tree, ready to be picked in. Copies of its picker may run side by side.
 ///
 /// Pickers carry rays in single precision, which far from the origin is coarser than a wall. Where the model stands so
@@ -57,6 +69,9 @@ public:
         /// The nearest surface at a pixel; pixel centres lie at halves.
         std::optional<SurfaceHit> Pick(double x, double y);
 
+        /// The nearest edge within `tolerance` pixels, through surfaces.
+        std::optional<EdgeHit> PickEdge(double x, double y, EdgeKind kind, double tolerance);
+
         /// The nearest surface in `direction` from `origin`.
         std::optional<SurfaceHit> Cast(GeometryObjectLib::Vertex const& origin,
                                        GeometryObjectLib::Vertex const& direction);
@@ -64,7 +79,10 @@ public:
     private:
         std::optional<SurfaceHit> PickWith(Quorlan::Tools::Picking::ModelPicker& picker) const;
 
+        std::vector<char> const& GetBuffer() const;
+
         PickScene const* scene_;
+        Quorlan::Tools::Picking::ViewProjection view_;
         Quorlan::Tools::Picking::ModelPicker viewPicker_;
         Quorlan::Tools::Picking::ModelPicker rayPicker_;
     };

@@ -3,9 +3,12 @@
 #include "Commands.h"
 #include "EntityLabel.h"
 #include "ModelFile.h"
+#include "Options.h"
 #include "OutputFile.h"
 #include "PickScene.h"
+#include "PickedEdge.h"
 #include "Png.h"
+#include "render/Overlay.h"
 #include "render/Renderer.h"
 
 #include <fmt/format.h>
@@ -13,12 +16,17 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <utility>
 
 namespace QuorlanProgram {
 namespace {
 
-constexpr Surface kNoMaterial{{0.6f, 0.6f, 0.6f}, 1};
+using Quorlan::Tools::Picking::ViewProjection;
+
+constexpr Rgba kSnapColor{230, 40, 20, 255};
+constexpr Rgba kSnapHalo{255, 255, 255, 200};
+constexpr double kSnapRadius = 7;  ///< [pixels]
 
 struct Settings {
     std::string model;
@@ -26,39 +34,11 @@ struct Settings {
     std::string legend;
     ColorMode mode = ColorMode::Material;
     bool shadows = false;
+    bool edges = false;
+    std::optional<std::array<double, 2>> snap;
     CameraOptions camera;
     VisibilityOptions visibility;
 };
-
-Surface SurfaceOf(Quorlan::IGeometryReader const& geometry, std::uint32_t material) {
-    if (material >= geometry.GetMaterialCount()) return kNoMaterial;
-    Quorlan::MaterialRecord record;
-    geometry.GetMaterial(record, material);
-    return {ToLight(record.color), static_cast<float>(record.color[3]) / 255};
-}
-
-/// The surface of every instance, by what the colours shall tell.
-std::vector<Surface> SurfacesOf(Quorlan::IModelReader const& reader, ColorMode mode,
-                                std::vector<Rgba> const& entityColors) {
-    auto const& geometry = reader.GetGeometry();
-    auto const layerColors = MakeDistinctColors(geometry.GetExtraContentCount());
-    std::vector<Surface> surfaces(geometry.GetInstanceCount());
-    Quorlan::InstanceRecord instance;
-    for (std::uint32_t i = 0; i < surfaces.size(); ++i) {
-        geometry.GetInstance(instance, i);
-        switch (mode) {
-            case ColorMode::Material: surfaces[i] = SurfaceOf(geometry, instance.materialIndex); break;
-            case ColorMode::Entity: surfaces[i] = {ToLight(entityColors[instance.entityIndex]), 1}; break;
-            case ColorMode::Layer:
-                surfaces[i] = instance.layerIndex < layerColors.size()
-                                  ? Surface{ToLight(layerColors[instance.layerIndex]), 1}
-                                  : kNoMaterial;
-                break;
-            case ColorMode::Normal: surfaces[i] = kNoMaterial; break;
-        }
-    }
-    return surfaces;
-}
 
 /// The entities that are seen, each with its colour and the number of its pixels.
 std::string MakeLegend(Quorlan::IModelReader const& reader, Picture const& picture, std::vector<Rgba> const& colors) {
@@ -81,6 +61,20 @@ std::string MakeLegend(Quorlan::IModelReader const& reader, Picture const& pictu
     return legend.dump(1, ' ', false, nlohmann::ordered_json::error_handler_t::replace) + "\n";
 }
 
+/// Marks what an edge pick finds at `pixel`. RETURNS false if that is nothing.
+bool MarkSnap(Picture& picture, PickScene const& scene, ViewProjection const& view, Quorlan::IModelReader const& reader,
+              std::array<double, 2> const& pixel) {
+    auto const hit = PickScene::Picker(scene, view).PickEdge(pixel[0], pixel[1], EdgeKind::All, kDefaultTolerance);
+    if (!hit) return false;
+    auto const path = PickedEdge::Find(reader, *hit).GetPath();
+    Overlay overlay(picture, view);
+    overlay.DrawPath(path, kSnapHalo, 5);
+    overlay.DrawRing(hit->point, kSnapRadius, kSnapHalo, 5);
+    overlay.DrawPath(path, kSnapColor, 2.5);
+    overlay.DrawRing(hit->point, kSnapRadius, kSnapColor, 2.5);
+    return true;
+}
+
 int RunRender(Settings const& settings) {
     CheckOutputFile(settings.output, {settings.model});
     if (!settings.legend.empty()) CheckOutputFile(settings.legend, {settings.model, settings.output});
@@ -90,12 +84,15 @@ int RunRender(Settings const& settings) {
 
     auto const isEntityMode = settings.mode == ColorMode::Entity;
     auto const entityColors = MakeDistinctColors(isEntityMode ? model.GetReader().GetEntities().GetCount() : 0);
-    Renderer renderer(scene, settings.camera.MakeView(scene.GetBoxes()));
+    auto const view = settings.camera.MakeView(scene.GetBoxes());
+    Renderer renderer(scene, view);
     renderer.SetSurfaces(SurfacesOf(model.GetReader(), settings.mode, entityColors));
     renderer.SetShading(!isEntityMode);
+    renderer.SetEdges(settings.edges);
     renderer.SetShadows(settings.shadows);
     renderer.SetNormalColors(settings.mode == ColorMode::Normal);
-    auto const picture = renderer.Render();
+    auto picture = renderer.Render();
+    auto const isSnapped = !settings.snap || MarkSnap(picture, scene, view, model.GetReader(), *settings.snap);
 
     auto const png = EncodePng({picture.width, picture.height, 4, picture.pixels.front().data()});
     WriteOutputFile(settings.output, AsView(png), {settings.model});
@@ -105,7 +102,19 @@ int RunRender(Settings const& settings) {
     }
     fmt::print(stderr, "{} x {} pixels, {} rays in {:.2f} s, {:.0f} rays/s\n", picture.width, picture.height,
                picture.rayCount, picture.seconds, static_cast<double>(picture.rayCount) / picture.seconds);
-    return kSuccess;
+    if (!isSnapped) fmt::print(stderr, "no edge at the pixel of --snap\n");
+    return isSnapped ? kSuccess : kFindings;
+}
+
+/// Options that would undo each other. THROWS CLI::ValidationError
+void CheckCombination(Settings const& settings) {
+    auto const isEntityMode = settings.mode == ColorMode::Entity;
+    if (!settings.legend.empty() && !isEntityMode) {
+        throw CLI::ValidationError("--legend", "goes with --color entity only");
+    }
+    if (isEntityMode && (settings.edges || settings.snap || settings.shadows)) {
+        throw CLI::ValidationError("--color entity", "is plain: no --edges, --snap or --shadows");
+    }
 }
 
 }  // namespace
@@ -126,12 +135,18 @@ Run DeclareRender(CLI::App& app) {
     app.add_option("--legend", settings->legend, "With --color entity: a file (.json) that says whose colour is whose")
         ->type_name("OUT");
     app.add_flag("--shadows", settings->shadows, "Cast shadows, with a ray more per surface");
+    app.add_flag("--edges", settings->edges, "Draw clear outlines along creases and boundaries");
+    auto const parseSnap = [raw = settings.get()](std::string const& text) {
+        std::array<double, 2> pixel{};
+        if (!ParseNumbers(text, ',', pixel)) throw CLI::ValidationError("--snap", "'" + text + "' is not X,Y");
+        raw->snap = pixel;
+    };
+    app.add_option_function<std::string>("--snap", parseSnap, "Mark the edge that is picked at a pixel")
+        ->type_name("X,Y");
     settings->camera.Declare(app);
     settings->visibility.Declare(app);
     return [settings] {
-        if (!settings->legend.empty() && settings->mode != ColorMode::Entity) {
-            throw CLI::ValidationError("--legend", "goes with --color entity only");
-        }
+        CheckCombination(*settings);
         return RunRender(*settings);
     };
 }

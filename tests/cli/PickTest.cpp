@@ -1,5 +1,10 @@
 #include "cli/Program.h"
 
+#include <Quorlan/ModelBuilder.h>
+
+#include <algorithm>
+#include <cmath>
+
 namespace Quorlan::Testing {
 namespace {
 
@@ -7,12 +12,14 @@ using nlohmann::json;
 
 class Pick : public ProgramTest {
 protected:
-    /// Picks from y = -10 along +y through the middle of the near cube.
+    /// Picks from y = -10 along +y through the middle of the near cube, or at another pixel near it.
     ProgramRun PickAhead(std::string const& path, std::vector<std::string> const& more = {}, double x = 0) const {
         auto const at = std::to_string(x + 0.5);
-        std::vector<std::string> arguments{"pick",     path,          "--pixel",  "50,50",
-                                           "--size",   "100x100",     "--eye",    at + ",-10,0.5",
-                                           "--target", at + ",0,0.5", "--format", "json"};
+        std::vector<std::string> arguments{"pick",          path,       "--size",      "100x100",  "--eye",
+                                           at + ",-10,0.5", "--target", at + ",0,0.5", "--format", "json"};
+        if (std::find(more.begin(), more.end(), "--pixel") == more.end()) {
+            arguments.insert(arguments.end(), {"--pixel", "50,50"});
+        }
         arguments.insert(arguments.end(), more.begin(), more.end());
         return RunQuorlan(arguments);
     }
@@ -96,6 +103,62 @@ TEST_F(Pick, FarFromTheOriginIsAsExact) {
     EXPECT_EQ(hit["distance"], 10.0);
     auto const behind = PickAhead(WriteTwoCubes(kFar), {"--clip", "0,-1,0,-2"}, kFar);
     EXPECT_EQ(json::parse(behind.out)["guid"], kFarGuid);
+}
+
+TEST_F(Pick, EdgesAreFoundWithinTheTolerance) {
+    auto const path = WriteTwoCubes();
+    auto const run = PickAhead(path, {"--edges", "--pixel", "50,45.5"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    auto const hit = json::parse(run.out);
+    EXPECT_EQ(hit["guid"], kNearGuid);
+    EXPECT_EQ(hit["kind"], "edge");
+    EXPECT_EQ(hit["face"], 1) << "the first of the edge's two faces";
+    EXPECT_FALSE(hit.contains("segment"));
+    EXPECT_NEAR(hit["point"][0].get<double>(), 0.5, 1e-5);
+    EXPECT_NEAR(hit["point"][1].get<double>(), 0, 1e-5);
+    EXPECT_NEAR(hit["point"][2].get<double>(), 1, 1e-5);
+    EXPECT_NEAR(hit["pixels"].get<double>(), 4.5 - 0.5 / 10 * 50 / std::tan(std::acos(-1) / 6), 1e-4);
+
+    EXPECT_EQ(PickAhead(path, {"--edges", "--pixel", "50,20"}).exitCode, 1) << "26 pixels away";
+    EXPECT_EQ(PickAhead(path, {"--edges", "--pixel", "50,20", "--tolerance", "30"}).exitCode, 0);
+    EXPECT_EQ(PickAhead(path, {"--lines", "--pixel", "50,46"}).exitCode, 1) << "a solid has no lines";
+}
+
+TEST_F(Pick, EdgesFarFromTheOriginAreAsExact) {
+    constexpr double kFar = 4'500'000;
+    auto const run = PickAhead(WriteTwoCubes(kFar), {"--edges", "--pixel", "50,46"}, kFar);
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    auto const hit = json::parse(run.out);
+    EXPECT_NEAR(hit["point"][0].get<double>(), kFar + 0.5, 1e-5);
+    EXPECT_NEAR(hit["point"][2].get<double>(), 1, 1e-5);
+}
+
+TEST_F(Pick, HiddenEntitiesHaveNoEdges) {
+    auto const run = PickAhead(WriteTwoCubes(), {"--edges", "--pixel", "50,47", "--hide", kNearGuid});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    EXPECT_EQ(json::parse(run.out)["guid"], kFarGuid);
+}
+
+TEST_F(Pick, LinesAndArcsAreNumberedAsOne) {
+    GraphicsContainer graphics;
+    graphics.lines = {{{0, 0, 0}, {1, 0, 0}}, {{0, 0, 1}, {1, 0, 1}}};
+    graphics.arcs = {{{0.5, 0, 0.5}, {0, -1, 0}, {1, 0, 0}, 0.25, 3}};
+    ModelBuilder builder;
+    auto const shape = builder.GetGeometryDefinitionBuilder().AddGraphicsContainer(graphics);
+    auto const entity = builder.GetEntityWriter().AddEntity({}, L"axis", {});
+    builder.GetInstanceWriter().AddInstance(entity, shape, kInvalidIndex, kInvalidIndex, {});
+    auto const path = PathOf("lines.qln");
+    WriteBytes(path, builder.Create());
+
+    auto const line = json::parse(PickAhead(path, {"--lines", "--tolerance", "1", "--pixel", "50,45.5"}).out);
+    EXPECT_EQ(line["kind"], "line");
+    EXPECT_EQ(line["segment"], 1);
+    EXPECT_NEAR(line["point"][2].get<double>(), 1, 1e-5);
+    auto const arc = json::parse(PickAhead(path, {"--edges", "--tolerance", "1", "--pixel", "50,48"}).out);
+    EXPECT_EQ(arc["kind"], "arc");
+    EXPECT_EQ(arc["segment"], 2);
+    EXPECT_NEAR(arc["point"][2].get<double>(), 0.75, 1e-2);
+    EXPECT_FALSE(arc.contains("face"));
 }
 
 TEST_F(Pick, UnknownNamesAreFailures) {

@@ -104,6 +104,39 @@ TEST_F(Render, GlassLetsWhatIsBehindItShine) {
     EXPECT_GT(open[3], 0);
 }
 
+TEST_F(Render, EdgesDarkenOutlinesAlone) {
+    ASSERT_EQ(RenderCubes("plain.png").exitCode, 0);
+    ASSERT_EQ(RenderCubes("edges.png", {"--edges"}).exitCode, 0);
+    Image const plain(PathOf("plain.png")), edges(PathOf("edges.png"));
+    unsigned darker = 0;
+    for (std::size_t i = 0; i < plain.pixels.size(); ++i) {
+        auto const &a = plain.pixels[i], &b = edges.pixels[i];
+        if (a == b) continue;
+        ++darker;
+        EXPECT_LE(b[0] + b[1] + b[2], a[0] + a[1] + a[2]) << i;
+    }
+    EXPECT_GT(darker, 40u);
+    EXPECT_EQ(plain.At(6, 20), edges.At(6, 20)) << "the middle of a face";
+}
+
+TEST_F(Render, SnapMarksTheEdgeAtThePixel) {
+    ASSERT_EQ(RenderCubes("plain.png").exitCode, 0);
+    auto const run = RenderCubes("snap.png", {"--snap", "12,20"});
+    ASSERT_EQ(run.exitCode, 0) << run.err;
+    Image const plain(PathOf("plain.png")), snap(PathOf("snap.png"));
+    unsigned red = 0;
+    for (auto const& pixel : snap.pixels) red += pixel[0] > 220 && pixel[1] < 60;
+    EXPECT_GT(red, 30u);
+    EXPECT_EQ(plain.At(53, 20), snap.At(53, 20)) << "far from the mark";
+}
+
+TEST_F(Render, SnapWithoutAnEdgeIsExitCodeOne) {
+    auto const run = RenderCubes("snap.png", {"--snap", "30,3"});
+    EXPECT_EQ(run.exitCode, 1);
+    EXPECT_NE(run.err.find("no edge"), std::string::npos) << run.err;
+    EXPECT_EQ(Image(PathOf("snap.png")).width, 60u) << "the picture is written all the same";
+}
+
 TEST_F(Render, ReplacesAnEarlierPictureAndKeepsItsPermissions) {
     WriteBytes(PathOf("a.png"), {'o', 'l', 'd'});
     ASSERT_EQ(RenderCubes("a.png").exitCode, 0);

@@ -64,7 +64,13 @@ TEST(Usage, WrongUsageGivesTheReasonAndTheUsage) {
         {"pick", "a.qln", "--pixel", "1,2", "--ortho", "0"},
         {"pick", "a.qln", "--pixel", "1,2", "--view", "top", "--eye", "1,2,3", "--target", "0,0,0"},
         {"pick", "a.qln", "--pixel", "1,2", "--clip", "1,2,3"},
+        {"pick", "a.qln", "--pixel", "1,2", "--edges", "--lines"},
+        {"pick", "a.qln", "--pixel", "1,2", "--edges", "--tolerance", "0"},
+        {"pick", "a.qln", "--pixel", "1,2", "--tolerance", "5"},
         {"render", "a.qln"},
+        {"render", "a.qln", "-o", "a.png", "--snap", "1"},
+        {"render", "a.qln", "-o", "a.png", "--color", "entity", "--snap", "1,2"},
+        {"render", "a.qln", "-o", "a.png", "--color", "entity", "--edges"},
         {"render", "a.qln", "-o", "a.png", "--color", "mood"},
         {"render", "a.qln", "-o", "a.png", "--legend", "a.json"},
     };

@@ -23,7 +23,8 @@ constexpr float kDiffuse = 0.36f;       ///< light from all sides; the sun's is 
 constexpr float kShadowed = 0.25f;      ///< of the sun's share that reaches a shadow
 constexpr float kHazeShare = 0.30f;     ///< mixed in at the far end of the model
 constexpr float kOutlineShare = 0.55f;  ///< of the colour that stays in an outline
-constexpr float kNormalsAgree = 0.9f;   ///< cosine above which neighbouring faces have no outline between them
+constexpr float kClearOutlineShare = 0.08f;
+constexpr float kNormalsAgree = 0.9f;  ///< cosine above which neighbouring faces have no outline between them
 constexpr Light kSky{0.92f, 0.96f, 1.0f};
 constexpr Light kEarth{0.62f, 0.58f, 0.54f};
 constexpr Light kSun{0.90f, 0.87f, 0.83f};
@@ -125,7 +126,8 @@ public:
                 light = light + more.light;
                 alpha += more.alpha;
             }
-            light = (isOutline ? 0.25f * kOutlineShare : 0.25f) * light;
+            auto const outline = renderer_.hasEdges_ ? kClearOutlineShare : kOutlineShare;
+            light = (isOutline ? 0.25f * outline : 0.25f) * light;
             alpha *= 0.25f;
         }
         return alpha > 0 ? ToColor((1 / alpha) * light, alpha) : Rgba{};

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "PickScene.h"
-#include "render/Colors.h"
+#include "render/Picture.h"
+#include "render/Surfaces.h"
 
 #include <Tools/Picking/ViewProjection.h>
 
@@ -10,23 +11,6 @@
 #include <vector>
 
 namespace QuorlanProgram {
-
-enum class ColorMode { Material, Entity, Layer, Normal };
-
-/// What a surface looks like before light falls on it.
-struct Surface {
-    Light color;
-    float alpha = 1;  ///< below 1 the ray goes on behind the surface
-};
-
-struct Picture {
-    std::uint32_t width = 0;
-    std::uint32_t height = 0;
-    std::vector<Rgba> pixels;              ///< row by row from the top, alpha not premultiplied
-    std::vector<std::uint32_t> instances;  ///< seen at each pixel's centre; kInvalidIndex for none
-    std::uint64_t rayCount = 0;
-    double seconds = 0;  ///< spent casting rays
-};
 
 /// Casts a picture with the pickers: one ray through each pixel's centre, three more where the neighbours see something
 /// else, one towards the light if shadows are wanted. It shows what a pick finds, no more and no less.
@@ -39,6 +23,9 @@ public:
 
     /// DEFAULT: true. Without, every pixel has the plain colour of what is seen at its centre.
     void SetShading(bool shading) { isShaded_ = shading; }
+
+    /// Draws clear outlines along creases and boundaries in place of faint ones. DEFAULT: false.
+    void SetEdges(bool edges) { hasEdges_ = edges; }
 
     /// DEFAULT: false.
     void SetShadows(bool shadows) { hasShadows_ = shadows; }
@@ -59,6 +46,7 @@ private:
     Quorlan::Tools::Picking::ViewProjection view_;
     std::vector<Surface> surfaces_;
     bool isShaded_ = true;
+    bool hasEdges_ = false;
     bool hasShadows_ = false;
     bool hasNormalColors_ = false;
 };
