@@ -10,6 +10,11 @@ Run DeclareImport(CLI::App& app);
 Run DeclareInfo(CLI::App& app);
 Run DeclareBoxes(CLI::App& app);
 Run DeclarePlacements(CLI::App& app);
+Run DeclareQuantities(CLI::App& app);
+Run DeclareLod(CLI::App& app);
+Run DeclareLines(CLI::App& app);
+Run DeclareMesh(CLI::App& app);
+Run DeclareExport(CLI::App& app);
 Run DeclarePick(CLI::App& app);
 Run DeclareRender(CLI::App& app);
 

@@ -18,6 +18,11 @@ std::vector<Command> const kCommands = {
     {"info", "Say what a model holds", &DeclareInfo},
     {"boxes", "List the world boxes of all instances", &DeclareBoxes},
     {"placements", "List the world placements of all instances", &DeclarePlacements},
+    {"quantities", "Bill areas, volumes and centres of gravity", &DeclareQuantities},
+    {"lod", "List the level-of-detail lines of all instances", &DeclareLod},
+    {"lines", "List the segments and arcs of all line graphics", &DeclareLines},
+    {"mesh", "Write the render mesh of one shape", &DeclareMesh},
+    {"export", "Write a model as binary glTF", &DeclareExport},
     {"pick", "Say what stands under a pixel", &DeclarePick},
     {"render", "Cast a picture of a model", &DeclareRender},
 };
