@@ -55,25 +55,29 @@ int GltfData::AddImage(std::vector<char> const& bytes) {
 
 void GltfData::Finish(tinygltf::Model& model) {
     tinygltf::Buffer buffer;
-    auto const addView = [&](unsigned char const* bytes, std::size_t size, int target) {
+    auto const addView = [&](unsigned char const* bytes, std::size_t size, int target, std::size_t stride) {
         Align(buffer.data);
         tinygltf::BufferView view;
         view.buffer = 0;
         view.byteOffset = buffer.data.size();
         view.byteLength = size;
         view.target = target;
+        view.byteStride = stride;
         buffer.data.insert(buffer.data.end(), bytes, bytes + size);
         model.bufferViews.push_back(std::move(view));
         return static_cast<int>(model.bufferViews.size()) - 1;
     };
     // Images come first: their views are numbered as AddImage said.
     for (auto const& image : images_) {
-        addView(reinterpret_cast<unsigned char const*>(image.data()), image.size(), 0);
+        addView(reinterpret_cast<unsigned char const*>(image.data()), image.size(), 0, 0);
     }
     std::array<int, kViewCount> viewIndices{};
     for (std::size_t i = 0; i < kViewCount; ++i) {
-        int const target = i == kIndices ? TINYGLTF_TARGET_ELEMENT_ARRAY_BUFFER : TINYGLTF_TARGET_ARRAY_BUFFER;
-        if (!bytes_[i].empty()) viewIndices[i] = addView(bytes_[i].data(), bytes_[i].size(), target);
+        // Several accessors share a view of vertices, so the view must say how far its elements are apart.
+        bool const isVertexData = i != kIndices;
+        int const target = isVertexData ? TINYGLTF_TARGET_ARRAY_BUFFER : TINYGLTF_TARGET_ELEMENT_ARRAY_BUFFER;
+        std::size_t const stride = !isVertexData ? 0 : sizeof(float) * (i == kUVs ? 2 : 3);
+        if (!bytes_[i].empty()) viewIndices[i] = addView(bytes_[i].data(), bytes_[i].size(), target, stride);
     }
     for (auto const& source : accessors_) {
         tinygltf::Accessor accessor;

@@ -15,7 +15,6 @@
 #include <optional>
 #include <sstream>
 #include <stdexcept>
-#include <tuple>
 
 namespace QuorlanProgram {
 namespace {
@@ -40,7 +39,7 @@ public:
           meshes_(model, options.creaseAngle),
           materials_(reader.GetGeometry(), gltf_, data_),
           labels_(LabelsOf(reader.GetEntities())) {
-        auto const bounds = ComputeWorldBounds(model);
+        auto const bounds = Unite(ComputeWorldBoxes(model));
         if (bounds) center_ = bounds->center;
     }
 
