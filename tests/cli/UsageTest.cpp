@@ -14,7 +14,8 @@ TEST(Usage, VersionIsTheProjects) {
 TEST(Usage, HelpNamesEveryCommandAndEveryCommandHasHelp) {
     auto const help = RunQuorlan({"--help"});
     EXPECT_EQ(help.exitCode, 0);
-    for (std::string const command : {"sample", "info", "boxes", "placements", "pick", "render"}) {
+    for (std::string const command :
+         {"sample", "info", "boxes", "placements", "quantities", "lod", "lines", "mesh", "export", "pick", "render"}) {
         EXPECT_NE(help.out.find("\n  " + command + " "), std::string::npos) << command;
         auto const run = RunQuorlan({command, "--help"});
         EXPECT_EQ(run.exitCode, 0);
@@ -27,7 +28,8 @@ TEST(Usage, TheCommandReferenceNamesEveryOption) {
     auto const bytes = ReadBytes(QUORLAN_COMMAND_REFERENCE);
     std::string const reference(bytes.begin(), bytes.end());
     std::regex const option("--[a-z][a-z-]*");
-    for (std::string const command : {"sample", "info", "boxes", "placements", "pick", "render"}) {
+    for (std::string const command :
+         {"sample", "info", "boxes", "placements", "quantities", "lod", "lines", "mesh", "export", "pick", "render"}) {
         EXPECT_NE(reference.find("quorlan " + command + " "), std::string::npos) << command;
         auto const help = RunQuorlan({command, "--help"}).out;
         for (std::sregex_iterator i(help.begin(), help.end(), option), end; i != end; ++i) {
