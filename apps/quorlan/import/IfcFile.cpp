@@ -1,6 +1,11 @@
 #include "IfcFile.h"
 
+#include <ifcpp/IFC4/include/IfcBooleanOperand.h>
+#include <ifcpp/IFC4/include/IfcBooleanResult.h>
+#include <ifcpp/IFC4/include/IfcLocalPlacement.h>
 #include <ifcpp/IFC4/include/IfcProject.h>
+#include <ifcpp/IFC4/include/IfcRepresentation.h>
+#include <ifcpp/IFC4/include/IfcRepresentationMap.h>
 #include <ifcpp/model/BuildingModel.h>
 #include <ifcpp/model/BuildingObject.h>
 #include <ifcpp/model/StatusCallback.h>
@@ -70,6 +75,17 @@ std::shared_ptr<BuildingModel> ReadIfc(std::string& text, MessageLog& log) {
     model->unsetMessageCallBack();
     if (model->getMapIfcEntities().empty() || !model->getIfcProject()) return nullptr;
     return model;
+}
+
+void CutCycles(BuildingModel& model) {
+    for (auto const& entry : model.getMapIfcEntities()) {
+        if (auto* map = dynamic_cast<IfcRepresentationMap*>(entry.second.get())) map->m_MappedRepresentation.reset();
+        if (auto* placement = dynamic_cast<IfcLocalPlacement*>(entry.second.get())) placement->m_PlacementRelTo.reset();
+        if (auto* result = dynamic_cast<IfcBooleanResult*>(entry.second.get())) {
+            result->m_FirstOperand.reset();
+            result->m_SecondOperand.reset();
+        }
+    }
 }
 
 }  // namespace QuorlanProgram::Import

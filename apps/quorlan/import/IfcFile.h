@@ -38,6 +38,10 @@ private:
 /// Reads the instances of an IFC text, whose bytes it may use up. RETURNS null, with a message, if it holds no project.
 std::shared_ptr<BuildingModel> ReadIfc(std::string& text, MessageLog& log);
 
+/// Cuts the references along which instances of a broken file may hold each other for ever: maps, placements and
+/// boolean operands. The model is of no use afterwards.
+void CutCycles(BuildingModel& model);
+
 /// Sends all messages of `source`, a StatusCallback of the IFC library, to `log`.
 template <typename Source, typename Message = typename Source::Message>
 void ListenTo(Source& source, MessageLog& log) {

@@ -219,6 +219,7 @@ ImportResult ImportIfc(std::string_view text, ImportOptions const& options) {
     } catch (std::length_error const&) {
         return Failed("the model is too large: a model buffer holds less than 2 GiB");
     }
+    CutCycles(*model);
     report.messages = log.GetCounts();
     report.secondsShape = SecondsSince(shapeStart);
     return result;

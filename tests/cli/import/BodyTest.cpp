@@ -244,5 +244,33 @@ TEST(ImportedBody, AMapThatContainsItselfEnds) {
     EXPECT_THAT(model.GetReport().productsWithoutShape, SizeIs(1));
 }
 
+TEST(ImportedBody, ABooleanThatContainsItselfEnds) {
+    SmallIfc ifc;
+    auto const box = ifc.AddBox(1000, 1000, 1000);
+    auto const self = "#" + std::to_string(std::stoi(box.substr(1)) + 1);
+    ifc.AddWall(7, ifc.AddShape(ifc.Add("IFCBOOLEANRESULT(.DIFFERENCE.," + self + "," + box + ")")), "$");
+    ImportedModel const model(ifc.GetText());
+    EXPECT_THAT(model.GetReport().productsWithoutShape, SizeIs(1));
+}
+
+TEST(ImportedBody, APolygonalFaceSetCanBeClipped) {
+    SmallIfc ifc("IFC4", "$");
+    auto const points = ifc.Add(
+        "IFCCARTESIANPOINTLIST3D(((0.,0.,0.),(2.,0.,0.),(2.,2.,0.),(0.,2.,0.),(0.,0.,2.),(2.,0.,2.),(2.,2.,2.),(0.,2.,"
+        "2."
+        ")))");
+    std::string faces;
+    for (auto const* face : {"1,4,3,2", "5,6,7,8", "1,2,6,5", "2,3,7,6", "3,4,8,7", "4,1,5,8"}) {
+        faces += (faces.empty() ? "" : ",") + ifc.Add(std::string("IFCINDEXEDPOLYGONALFACE((") + face + "))");
+    }
+    auto const cube = ifc.Add("IFCPOLYGONALFACESET(" + points + ",.T.,(" + faces + "),$)");
+    auto const plane = ifc.Add("IFCPLANE(" + ifc.AddAxes(0, 0, 1.5) + ")");
+    auto const above = ifc.Add("IFCHALFSPACESOLID(" + plane + ",.F.)");
+    ifc.AddWall(7, ifc.AddShape(ifc.Add("IFCBOOLEANRESULT(.DIFFERENCE.," + cube + "," + above + ")")), "$");
+    ImportedModel const model(ifc.GetText());
+    EXPECT_NEAR(GetVolume(model.GetShape(0)), 2 * 2 * 1.5, 1e-5);
+    EXPECT_THAT(model.GetShape(0).faces, SizeIs(6));
+}
+
 }  // namespace
 }  // namespace Quorlan::Testing
