@@ -15,17 +15,26 @@ using LaneMask = decltype(std::declval<Float4>() < std::declval<Float4>());
 
 #if QUORLAN_HAS_SSE2
 
-inline bool IsAny(LaneMask a) { return _mm_movemask_ps(a.v) != 0; }
+/// Bit i is lane i.
+inline unsigned ToBits(LaneMask a) { return static_cast<unsigned>(_mm_movemask_ps(a.v)); }
+
+inline Float4 Load(float const* from) { return _mm_loadu_ps(from); }
 
 /// Lanes x, y, z, w become y, z, x, w.
 inline Float4 NextAxis(Float4 a) { return _mm_shuffle_ps(a.v, a.v, _MM_SHUFFLE(3, 0, 2, 1)); }
 
 #else
 
-inline bool IsAny(LaneMask const& a) { return a.lane[0] || a.lane[1] || a.lane[2] || a.lane[3]; }
+inline unsigned ToBits(LaneMask const& a) {
+    return (a.lane[0] ? 1u : 0u) | (a.lane[1] ? 2u : 0u) | (a.lane[2] ? 4u : 0u) | (a.lane[3] ? 8u : 0u);
+}
+
+inline Float4 Load(float const* from) { return {from[0], from[1], from[2], from[3]}; }
 inline Float4 NextAxis(Float4 const& a) { return {a.lane[1], a.lane[2], a.lane[0], a.lane[3]}; }
 
 #endif
+
+inline bool IsAny(LaneMask const& a) { return ToBits(a) != 0; }
 
 inline LaneMask IsZero(Float4 const& a) { return Abs(a) <= Float4(0.0F); }
 

@@ -1,11 +1,15 @@
 #include "mesh/NormalPool.h"
 
+#include "mesh/LaneTools.h"
+
 #include <algorithm>
 #include <cmath>
 #include <cstring>
 
 namespace Quorlan::Tools {
 namespace {
+
+using GeometryObjectLib::VectorLanes;
 
 /// Two normals are one when their squared distance, taken in single precision, is below 1.0000000000000002e-10, the
 /// square of 1e-5 in double precision. No float lies between that and this one, so that both tests agree.
@@ -64,36 +68,35 @@ bool NormalPool::IsCertain(std::uint16_t index, Vector3f const& normal) const {
            std::fabs(normal.z - node.normal.z) <= kNear && node.isRoomy;
 }
 
-/// Compares chunks of nodes without a branch, which lets the compiler use vector instructions.
 NormalPool::Cursor NormalPool::FollowLastWay(Vector3f const& normal) {
-    float const cycle[3] = {normal.x, normal.y, normal.z};
-    float axisValue[Way::kChunk];
-    for (std::uint32_t i = 0; i < Way::kChunk; ++i) axisValue[i] = cycle[i % 3];
-
-    std::int32_t tight = 0;
+    // The axes of twelve nodes in a row are x, y, z four times over.
+    Float4 const axes[3] = {{normal.x, normal.y, normal.z, normal.x},
+                            {normal.y, normal.z, normal.x, normal.y},
+                            {normal.z, normal.x, normal.y, normal.z}};
+    auto const n = Broadcast(normal);
+    auto tight = Float4(0.0F) < Float4(0.0F);
     for (std::uint32_t begin = 0; begin < way_.size; begin += Way::kChunk) {
-        std::int32_t leaves[Way::kChunk];
-        std::int32_t anyLeaves = 0;
-        for (std::uint32_t i = 0; i < Way::kChunk; ++i) {
-            float const dx = normal.x - way_.x[begin + i];
-            float const dy = normal.y - way_.y[begin + i];
-            float const dz = normal.z - way_.z[begin + i];
-            float const distanceSquared = dx * dx + dy * dy + dz * dz;
-            float const difference = axisValue[i] - way_.onAxis[begin + i];
-            std::int32_t const side = difference >= kDescentTolerance ? 0 : 1;
-            leaves[i] = (side ^ way_.side[begin + i]) | (distanceSquared < kEqualDistanceSquared ? 1 : 0);
-            anyLeaves |= leaves[i];
-            tight |= (std::fabs(difference - kDescentTolerance) <= kRoom ? 1 : 0) |
-                     (distanceSquared <= kRoomySquared ? 1 : 0);
+        unsigned leaves = 0;
+        for (std::uint32_t k = 0; k < 3; ++k) {
+            std::uint32_t const i = begin + 4 * k;
+            auto const offset = n - VectorLanes<Float4>{Load(&way_.x[i]), Load(&way_.y[i]), Load(&way_.z[i])};
+            Float4 const distanceSquared = Dot(offset, offset);
+            Float4 const difference = axes[k] - Load(&way_.onAxis[i]);
+            auto const isFirst = difference >= Float4(kDescentTolerance);
+            auto const wasFirst = Load(&way_.tookFirst[i]) > Float4(0.0F);
+            leaves |= ToBits((isFirst & !wasFirst) | (wasFirst & !isFirst) |
+                             (distanceSquared < Float4(kEqualDistanceSquared)))
+                      << 4 * k;
+            tight = tight | (Abs(difference - Float4(kDescentTolerance)) <= Float4(kRoom)) |
+                    (distanceSquared <= Float4(kRoomySquared));
         }
-        if (anyLeaves == 0) continue;
-        for (std::uint32_t i = begin; i < std::min(begin + Way::kChunk, way_.size); ++i) {
-            if (leaves[i - begin] == 0) continue;
-            return {i == 0 ? &root_ : &way_.nodes[i - 1]->children[way_.side[i - 1]], i, tight != 0};
-        }
+        if (leaves == 0) continue;
+        std::uint32_t depth = begin;
+        while ((leaves >> (depth - begin) & 1) == 0) ++depth;
+        if (depth >= way_.size) break;
+        return {depth == 0 ? &root_ : way_.GetLinkBehind(depth - 1), depth, IsAny(tight)};
     }
-    if (way_.size == 0) return {&root_, 0, false};
-    return {&way_.nodes[way_.size - 1]->children[way_.side[way_.size - 1]], way_.size, tight != 0};
+    return {way_.size == 0 ? &root_ : way_.GetLinkBehind(way_.size - 1), way_.size, IsAny(tight)};
 }
 
 std::uint16_t NormalPool::Search(Vector3f const& normal) {
@@ -102,13 +105,15 @@ std::uint16_t NormalPool::Search(Vector3f const& normal) {
     std::uint32_t axis = depth % 3;
     float const x = normal.x, y = normal.y, z = normal.z;
     while (Node* const node = *link) {
+        QUORLAN_PREFETCH(node->children[0]);
+        QUORLAN_PREFETCH(node->children[1]);
         float const dx = x - node->normal.x;
         float const dy = y - node->normal.y;
         float const dz = z - node->normal.z;
         float const distanceSquared = dx * dx + dy * dy + dz * dz;
         if (distanceSquared < kEqualDistanceSquared) return node->index;
         float const difference = axis == 0 ? dx : axis == 1 ? dy : dz;
-        std::int32_t const side = difference >= kDescentTolerance ? 0 : 1;
+        std::size_t const side = difference >= kDescentTolerance ? 0 : 1;
         isTight |= std::fabs(difference - kDescentTolerance) <= kRoom || distanceSquared <= kRoomySquared;
         if (way_.size < Way::kCapacity) way_.Append(node, axis, side);
         link = &node->children[side];

@@ -65,20 +65,22 @@ private:
         static constexpr std::uint32_t kCapacity = 10 * kChunk;
 
         std::array<float, kCapacity> x, y, z;
-        std::array<float, kCapacity> onAxis;       ///< the coordinate that the node decides by
-        std::array<std::int32_t, kCapacity> side;  ///< which child was taken
+        std::array<float, kCapacity> onAxis;     ///< the coordinate that the node decides by
+        std::array<float, kCapacity> tookFirst;  ///< 1 where the search went on in the first child, else 0
         std::array<Node*, kCapacity> nodes;
         std::uint32_t size = 0;
 
         /// REQUIRES: size is below the capacity.
-        void Append(Node* node, std::uint32_t axis, std::int32_t takenSide) {
+        void Append(Node* node, std::uint32_t axis, std::size_t takenSide) {
             x[size] = node->normal.x;
             y[size] = node->normal.y;
             z[size] = node->normal.z;
             onAxis[size] = axis == 0 ? node->normal.x : axis == 1 ? node->normal.y : node->normal.z;
-            side[size] = takenSide;
+            tookFirst[size] = takenSide == 0 ? 1.0F : 0.0F;
             nodes[size++] = node;
         }
+
+        Node** GetLinkBehind(std::uint32_t i) const { return &nodes[i]->children[tookFirst[i] > 0 ? 0 : 1]; }
     };
 
     /// Where a search stands: at the node behind `link`, `depth` below the root.
