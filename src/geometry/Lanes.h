@@ -188,6 +188,7 @@ inline Double4 Widen(Float4 a) { return {_mm_cvtps_pd(a.v), _mm_cvtps_pd(_mm_mov
 
 using Float4 = PlainLanes<float>;
 using Double4 = PlainLanes<double>;
+using Mask4 = PlainMask;
 
 #endif
 

@@ -27,10 +27,10 @@ struct InstanceFrame {
 
     explicit InstanceFrame(DoubleFrame const& frame) : modelFromLocal(frame) {
         Vertex const yz = Cross(frame.y, frame.z);
-        double const determinant = Dot(frame.x, yz);
-        inverseX = yz / determinant;
-        inverseY = Cross(frame.z, frame.x) / determinant;
-        inverseZ = Cross(frame.x, frame.y) / determinant;
+        double const perDeterminant = 1 / Dot(frame.x, yz);
+        inverseX = yz * perDeterminant;
+        inverseY = Cross(frame.z, frame.x) * perDeterminant;
+        inverseZ = Cross(frame.x, frame.y) * perDeterminant;
     }
 
     Vertex ToLocalDirection(Vertex const& v) const { return {Dot(inverseX, v), Dot(inverseY, v), Dot(inverseZ, v)}; }
@@ -42,10 +42,10 @@ struct InstanceFrame {
     Vertex ToModelPoint(Vector3f const& p) const { return modelFromLocal.origin + ToModelDirection(p); }
 };
 
-/// Division by the length; a vector of exactly unit length, as most placements have, is already the result.
+/// A vector of exactly unit length, as most placements have, is already the result.
 inline Vertex Normalize(Vertex const& v) {
     double const squared = Dot(v, v);
-    return squared == 1 ? v : v / std::sqrt(squared);
+    return squared == 1 ? v : v * (1 / std::sqrt(squared));
 }
 
 inline DoubleFrame ToWideFrame(Schema::Placement const& placement) {

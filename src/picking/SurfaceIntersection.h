@@ -17,25 +17,51 @@ namespace Quorlan::Tools::Picking {
 
 using GeometryObjectLib::Ray3f;
 
-/// The plane of a loop by Newell's method (Sutherland, Sproull, Schumacker, "A Characterization of Ten Hidden-Surface
-/// Algorithms", 1974), through the mean of its vertices. The normal of a loop that runs counter-clockwise seen from
-/// outside points outward; a loop without area gives the plane x = 0.
+/// What Newell's method sums over a loop (Sutherland, Sproull, Schumacker, "A Characterization of Ten Hidden-Surface
+/// Algorithms", 1974): a normal as long as twice the area, which points outward where the loop runs counter-clockwise
+/// seen from outside, and the sum of the vertices.
+struct LoopSums {
+    Vector3f normal;
+    Vector3f vertices;
+    std::size_t count;
+
+    template <class Access, class Loop>
+    LoopSums(Access const& brep, Loop const& loop) : count(loop.size) {
+        if (count == 0) return;
+        Vector3f const first = brep.GetPosition(loop[0]);
+        Vector3f p = first;
+        for (std::size_t i = 0; i < count; ++i) {
+            Vector3f const q = i + 1 == count ? first : brep.GetPosition(loop[i + 1]);
+            normal.x += (p.z + q.z) * (p.y - q.y);
+            normal.y += (p.z - q.z) * (q.x + p.x);
+            normal.z += (q.y + p.y) * (p.x - q.x);
+            vertices = vertices + p;
+            p = q;
+        }
+    }
+
+    /// The plane through the mean of the vertices; for a loop without area the plane x = 0.
+    Plane3f GetPlane() const {
+        float const squared = Dot(normal, normal);
+        if (squared == 0) return {{1, 0, 0}, 0};
+        Vector3f const unit = normal / std::sqrt(squared);
+        return {unit, Dot(unit, vertices / static_cast<float>(count))};
+    }
+
+    /// True only where the plane's normal surely does not point against `direction`, and found without a root and
+    /// divisions: the bound is far above the rounding errors of both ways to the cosine, which are below 1e-6.
+    bool IsTurnedAway(Vector3f const& direction) const {
+        constexpr float kSureCosine = 1e-5f;
+        float const x = normal.x * direction.x;
+        float const y = normal.y * direction.y;
+        float const z = normal.z * direction.z;
+        return Dot(normal, normal) > 0 && x + y + z > kSureCosine * (std::abs(x) + std::abs(y) + std::abs(z));
+    }
+};
+
 template <class Access, class Loop>
 Plane3f ComputeLoopPlane(Access const& brep, Loop const& loop) {
-    Vector3f normal;
-    Vector3f center;
-    for (std::size_t i = 0; i < loop.size; ++i) {
-        Vector3f const p = brep.GetPosition(loop[i]);
-        Vector3f const q = brep.GetPosition(loop[i + 1 == loop.size ? 0 : i + 1]);
-        normal.x += (p.z + q.z) * (p.y - q.y);
-        normal.y += (p.z - q.z) * (q.x + p.x);
-        normal.z += (q.y + p.y) * (p.x - q.x);
-        center = center + p;
-    }
-    if (Dot(normal, normal) == 0) return {{1, 0, 0}, 0};
-    normal = normal / Length(normal);
-    center = center / static_cast<float>(loop.size);
-    return {normal, Dot(normal, center)};
+    return LoopSums(brep, loop).GetPlane();
 }
 
 /// Where the ray's line meets a plane. RETURNS false where the origin lies behind the plane or the line is parallel to
@@ -127,7 +153,9 @@ SurfaceHit IntersectSurface(Ray3f const& ray, std::vector<Plane> const& clipping
         while (nextExcluded != excluded.end() && *nextExcluded < face) ++nextExcluded;
         if (nextExcluded != excluded.end() && *nextExcluded == face) return;
 
-        Plane3f const plane = ComputeLoopPlane(brep, loop);
+        LoopSums const sums(brep, loop);
+        if (singleSided && sums.IsTurnedAway(ray.direction)) return;
+        Plane3f const plane = sums.GetPlane();
         if (singleSided && !(0 > Dot(plane.normal, ray.direction))) return;
         float t = 0;
         if (!hits(loop, plane, t)) return;

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <memory>
+#include <utility>
 
 namespace Quorlan::Tools::Picking {
 namespace {
@@ -22,61 +24,134 @@ Float4 GetHalfCell(QuantizedAxisAlignedBoxTree const& tree) {
     return Narrow({0.5 / cellsPerUnit.x, 0.5 / cellsPerUnit.y, 0.5 / cellsPerUnit.z});
 }
 
-/// Walks the tree depth first, skips the subtrees whose boxes `overlaps(center, halfExtent)` rejects, and calls
-/// visit(item, center) at the leaves that are left.
-template <class Overlaps, class Visit>
-void Walk(QuantizedAxisAlignedBoxTree const& tree, Overlaps const& overlaps, Visit&& visit) {
-    Float4 const halfCell = GetHalfCell(tree);
-    auto const* node = tree.getNodes().data();
-    auto const* const end = node + tree.getNodes().size();
-    while (node < end) {
-        Float4 center(0.0f);
-        Float4 halfExtent(0.0f);
-        LoadNode(*node, center, halfExtent);
-        center = center * halfCell;
-        halfExtent = halfExtent * halfCell;
+/// Node indices without a first value; they are written before they are read.
+class IndexList {
+public:
+    explicit IndexList(std::size_t capacity) : capacity_(capacity), indices_(new std::uint32_t[capacity]) {}
 
-        std::int32_t const escapeOrItem = node->escapeOrItem;
-        bool const isMet = overlaps(center, halfExtent);
-        if (escapeOrItem >= 0) {
-            if (isMet) visit(static_cast<unsigned>(escapeOrItem), center);
-            ++node;
-        } else {
-            node += isMet ? 1 : -std::ptrdiff_t{escapeOrItem};
-        }
+    std::uint32_t* GetData() const { return indices_.get(); }
+    std::size_t GetCapacity() const { return capacity_; }
+
+    void Grow() {
+        std::unique_ptr<std::uint32_t[]> larger(new std::uint32_t[2 * capacity_]);
+        std::copy_n(indices_.get(), capacity_, larger.get());
+        indices_ = std::move(larger);
+        capacity_ *= 2;
     }
-}
+
+private:
+    std::size_t capacity_;
+    std::unique_ptr<std::uint32_t[]> indices_;
+};
+
+/// The leaves of a tree that are met and whose ancestors all are, in depth-first order.
+class MetLeaves {
+public:
+    /// Finds the leaves whose boxes overlaps(center, halfExtent) accepts.
+    ///
+    /// They are found from level to level and not depth first: the boxes of a level do not wait for one another's
+    /// answers, and no branch depends on an answer. What is met is written in any case and then counted or not.
+    template <class Overlaps>
+    MetLeaves(QuantizedAxisAlignedBoxTree const& tree, Overlaps const& overlaps)
+        : nodes_(tree.getNodes().data()), halfCell_(GetHalfCell(tree)), leaves_(kFirstCapacity) {
+        IndexList innerList(kFirstCapacity);
+        std::uint32_t* inner = innerList.GetData();  // met; their children are visited in this order
+        std::uint32_t* leaves = leaves_.GetData();
+        std::size_t capacity = kFirstCapacity;
+        std::size_t innerCount = 0;
+        std::size_t leafCount = 0;
+        std::size_t node = 0;
+        std::size_t end = tree.getNodes().size();
+        for (std::size_t next = 0;; ++next) {
+            while (node < end) {
+                Box const box = Load(node);
+                std::int32_t const escapeOrItem = nodes_[node].escapeOrItem;
+                bool const isMet = overlaps(box.center, box.halfExtent);
+                inner[innerCount] = static_cast<std::uint32_t>(node);
+                leaves[leafCount] = static_cast<std::uint32_t>(node);
+                innerCount += static_cast<std::size_t>(isMet & (escapeOrItem < 0));
+                leafCount += static_cast<std::size_t>(isMet & (escapeOrItem >= 0));
+                node += GetSize(escapeOrItem);
+                if (std::max(innerCount, leafCount) == capacity) {
+                    innerList.Grow();
+                    leaves_.Grow();
+                    inner = innerList.GetData();
+                    leaves = leaves_.GetData();
+                    capacity = leaves_.GetCapacity();
+                }
+            }
+            if (next == innerCount) break;
+            node = inner[next];
+            end = node + GetSize(nodes_[node].escapeOrItem);
+            ++node;
+        }
+        std::sort(leaves, leaves + leafCount);  // nodes are numbered depth first
+        count_ = leafCount;
+    }
+
+    std::size_t GetCount() const { return count_; }
+    unsigned GetItem(std::size_t i) const { return static_cast<unsigned>(nodes_[leaves_.GetData()[i]].escapeOrItem); }
+    Vertex GetCenter(std::size_t i) const {
+        float c[4];
+        Store(Load(leaves_.GetData()[i]).center, c);
+        return {c[0], c[1], c[2]};
+    }
+
+    std::vector<unsigned> GetItems() const {
+        std::vector<unsigned> items(count_);
+        for (std::size_t i = 0; i < count_; ++i) items[i] = GetItem(i);
+        return items;
+    }
+
+private:
+    static constexpr std::size_t kFirstCapacity = 256;
+
+    struct Box {
+        Float4 center;
+        Float4 halfExtent;
+    };
+
+    Box Load(std::size_t node) const {
+        Float4 sum(0.0f);
+        Float4 difference(0.0f);
+        LoadNode(nodes_[node], sum, difference);
+        return {sum * halfCell_, difference * halfCell_};
+    }
+
+    /// The number of nodes in a subtree; 1 for a leaf. As arithmetic: ~e is -e - 1.
+    static std::size_t GetSize(std::int64_t e) { return static_cast<std::size_t>(1 + (~e & e >> 63)); }
+
+    QuantizedAxisAlignedBoxTreeNode_s const* nodes_;
+    Float4 halfCell_;
+    IndexList leaves_;
+    std::size_t count_ = 0;
+};
 
 /// The separating-axis test of a half line and a box: the three axes, and their cross products with the direction
-/// (Gottschalk, Lin, Manocha, "OBBTree", 1996).
+/// (Gottschalk, Lin, Manocha, "OBBTree", 1996). The cross products stand in the lanes z, x, y.
 class RayTest {
 public:
     RayTest(Float4 origin, Float4 direction)
         : origin_(origin),
           direction_(direction),
           directionYzx_(Yzx(direction)),
-          directionZxy_(Zxy(direction)),
-          absDirectionYzx_(Abs(directionYzx_)),
-          absDirectionZxy_(Abs(directionZxy_)) {}
+          absDirection_(Abs(direction)),
+          absDirectionYzx_(Abs(directionYzx_)) {}
 
     bool operator()(Float4 center, Float4 halfExtent) const {
-        Float4 const zero(0.0f);
         Float4 const toOrigin = origin_ - center;
-        int const isBeyond =
-            GreaterBits(Abs(toOrigin), halfExtent) & GreaterEqualBits(toOrigin * direction_, zero) & kXyz;
-        if (isBeyond != 0) return false;
-        Float4 const across = directionYzx_ * Zxy(toOrigin) - directionZxy_ * Yzx(toOrigin);
-        Float4 const reach = Yzx(halfExtent) * absDirectionZxy_ + Zxy(halfExtent) * absDirectionYzx_;
-        return (GreaterBits(Abs(across), reach) & kXyz) == 0;
+        Mask4 const isBeyond = (Abs(toOrigin) > halfExtent) & (toOrigin * direction_ >= Float4(0.0f));
+        Float4 const across = Yzx(toOrigin) * direction_ - toOrigin * directionYzx_;
+        Float4 const reach = halfExtent * absDirectionYzx_ + Yzx(halfExtent) * absDirection_;
+        return (GetBits(isBeyond | (Abs(across) > reach)) & kXyz) == 0;
     }
 
 private:
     Float4 origin_;
     Float4 direction_;
     Float4 directionYzx_;
-    Float4 directionZxy_;
+    Float4 absDirection_;
     Float4 absDirectionYzx_;
-    Float4 absDirectionZxy_;
 };
 
 /// Whether some point of a box is on the inner side of each of four planes, one plane per lane.
@@ -94,7 +169,7 @@ public:
             normalX_ * Broadcast<0>(center) + normalY_ * Broadcast<1>(center) + normalZ_ * Broadcast<2>(center);
         Float4 const reach = Abs(normalX_) * Broadcast<0>(halfExtent) + Abs(normalY_) * Broadcast<1>(halfExtent) +
                              Abs(normalZ_) * Broadcast<2>(halfExtent);
-        return GreaterEqualBits(Float4(0.0f), height - reach - distance_) == kAll;
+        return GetBits(height - reach - distance_ <= Float4(0.0f)) == kAll;
     }
 
 private:
@@ -116,16 +191,12 @@ double SquaredDistance(ModelRay const& ray, Vertex const& point) {
 }  // namespace
 
 std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray) {
-    std::vector<unsigned> items;
-    Walk(tree, RayTest(Narrow(ray.origin - tree.getOrigin()), Narrow(ray.direction)),
-         [&items](unsigned item, Float4) { items.push_back(item); });
-    return items;
+    RayTest const isMet(Narrow(ray.origin - tree.getOrigin()), Narrow(ray.direction));
+    return MetLeaves(tree, isMet).GetItems();
 }
 
 std::vector<unsigned> FindItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes) {
-    std::vector<unsigned> items;
-    Walk(tree, PlanesTest(planes), [&items](unsigned item, Float4) { items.push_back(item); });
-    return items;
+    return MetLeaves(tree, PlanesTest(planes)).GetItems();
 }
 
 std::vector<unsigned> FindNearestItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree,
@@ -134,15 +205,13 @@ std::vector<unsigned> FindNearestItemsInPlanes(QuantizedAxisAlignedBoxTree const
     struct Candidate {
         double squaredDistance;
         std::size_t order;
-        unsigned item;
     };
+    MetLeaves const leaves(tree, PlanesTest(planes));
     ModelRay const relative{ray.origin - tree.getOrigin(), ray.direction};
-    std::vector<Candidate> candidates;
-    Walk(tree, PlanesTest(planes), [&](unsigned item, Float4 center) {
-        float c[4];
-        Store(center, c);
-        candidates.push_back({SquaredDistance(relative, {c[0], c[1], c[2]}), candidates.size(), item});
-    });
+    std::vector<Candidate> candidates(leaves.GetCount());
+    for (std::size_t i = 0; i < candidates.size(); ++i) {
+        candidates[i] = {SquaredDistance(relative, leaves.GetCenter(i)), i};
+    }
     auto const last = candidates.begin() + static_cast<std::ptrdiff_t>(std::min(limit, candidates.size()));
     std::partial_sort(candidates.begin(), last, candidates.end(), [](Candidate const& a, Candidate const& b) {
         if (a.squaredDistance != b.squaredDistance) return a.squaredDistance < b.squaredDistance;
@@ -150,7 +219,9 @@ std::vector<unsigned> FindNearestItemsInPlanes(QuantizedAxisAlignedBoxTree const
     });
     std::vector<unsigned> items;
     items.reserve(limit);
-    for (auto candidate = candidates.begin(); candidate != last; ++candidate) items.push_back(candidate->item);
+    for (auto candidate = candidates.begin(); candidate != last; ++candidate) {
+        items.push_back(leaves.GetItem(candidate->order));
+    }
     return items;
 }
 
