@@ -17,6 +17,9 @@ class QUORLAN_TOOLS_API IEntityWriter {
 public:
     virtual ~IEntityWriter() = default;
 
+    /// An entity without an identifier of its own (kind 4).
+    virtual EntityIndex_t AddEntityWithoutIdentifier(std::wstring const& text, AffineTransform const& placement) = 0;
+
     /// An entity that a GUID identifies (kind 0).
     virtual EntityIndex_t AddEntity(_GUID const& guid, std::wstring const& text, AffineTransform const& placement) = 0;
 
@@ -30,9 +33,6 @@ public:
     /// An entity that its position and shape identify (kind 2).
     virtual EntityIndex_t AddEntityWithGeometricKey(GeometricKey const& key, std::wstring const& text,
                                                     AffineTransform const& placement) = 0;
-
-    /// An entity without an identifier of its own (kind 4).
-    virtual EntityIndex_t AddEntityWithoutIdentifier(std::wstring const& text, AffineTransform const& placement) = 0;
 };
 
 class QUORLAN_TOOLS_API IMaterialWriter {
