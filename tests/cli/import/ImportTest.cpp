@@ -227,6 +227,16 @@ TEST(Import, AProjectWithoutProductsIsAnEmptyModel) {
     EXPECT_EQ(model.GetReport().products, 0u);
 }
 
+TEST(Import, TheSameFileGivesTheSameBytes) {
+    SmallIfc ifc;
+    for (int i = 0; i < 20; ++i) {
+        auto const box = ifc.AddBox(1 + i, 1, 1);
+        ifc.AddStyle(box, "0." + std::to_string(i) + ",0.,1.");
+        ifc.AddWall(7 + i, ifc.AddShape(box), "$");
+    }
+    EXPECT_EQ(ImportIfc(ifc.GetText()).model, ImportIfc(ifc.GetText()).model);
+}
+
 TEST(Import, WhatIsNoWholeFileWithAProjectGivesAnErrorAndNoModel) {
     auto const whole = SmallIfc().GetText();
     auto noProject = whole;
