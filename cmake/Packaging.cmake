@@ -26,8 +26,9 @@ set(CPACK_COMPONENT_PROGRAM_DESCRIPTION "Geometry and model tools for building m
 
 # What the binaries need is read off them; what we package ourselves is told.
 find_program(QUORLAN_SHLIBDEPS dpkg-shlibdeps)
-mark_as_advanced(QUORLAN_SHLIBDEPS)
-if(QUORLAN_SHLIBDEPS)
+find_program(QUORLAN_FILE file)
+mark_as_advanced(QUORLAN_SHLIBDEPS QUORLAN_FILE)
+if(QUORLAN_SHLIBDEPS AND QUORLAN_FILE)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
     set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${PROJECT_BINARY_DIR}/src)
 endif()
