@@ -8,6 +8,7 @@ namespace QuorlanProgram {
 Run DeclareSample(CLI::App& app);
 Run DeclareImport(CLI::App& app);
 Run DeclareInfo(CLI::App& app);
+Run DeclareValidate(CLI::App& app);
 Run DeclareBoxes(CLI::App& app);
 Run DeclarePlacements(CLI::App& app);
 Run DeclareQuantities(CLI::App& app);
@@ -17,9 +18,5 @@ Run DeclareMesh(CLI::App& app);
 Run DeclareExport(CLI::App& app);
 Run DeclarePick(CLI::App& app);
 Run DeclareRender(CLI::App& app);
-Run DeclareMerge(CLI::App& app);
-Run DeclareSquash(CLI::App& app);
-Run DeclareExtract(CLI::App& app);
-Run DeclareGuid(CLI::App& app);
 
 }  // namespace QuorlanProgram

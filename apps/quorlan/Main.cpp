@@ -16,6 +16,7 @@ std::vector<Command> const kCommands = {
     {"sample", "Write the sample building", &DeclareSample},
     {"import", "Read a building from an IFC file", &DeclareImport},
     {"info", "Say what a model holds", &DeclareInfo},
+    {"validate", "Check every index and reference of a model", &DeclareValidate},
     {"boxes", "List the world boxes of all instances", &DeclareBoxes},
     {"placements", "List the world placements of all instances", &DeclarePlacements},
     {"quantities", "Bill areas, volumes and centres of gravity", &DeclareQuantities},
@@ -25,10 +26,6 @@ std::vector<Command> const kCommands = {
     {"export", "Write a model as binary glTF", &DeclareExport},
     {"pick", "Say what stands under a pixel", &DeclarePick},
     {"render", "Cast a picture of a model", &DeclareRender},
-    {"merge", "Apply an increment to a model", &DeclareMerge},
-    {"squash", "Make one increment of two", &DeclareSquash},
-    {"extract", "Take some entities of a model", &DeclareExtract},
-    {"guid", "Convert GUIDs between their two forms", &DeclareGuid},
 };
 
 /// Prints one line to stderr.
