@@ -6,6 +6,7 @@
 #include <Quorlan/ModelValidator.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <string>
 
@@ -20,6 +21,14 @@ constexpr std::uint8_t kKindLimit = 17;
 constexpr std::uint32_t kMaxVertexCount = 65536;
 constexpr std::uint32_t kMinLoopLength = 3;
 
+// The tools' time grows with the square of a loop's length and with the square of the number of faces at a vertex.
+constexpr std::uint32_t kMaxLoopLength = 65536;
+constexpr std::uint32_t kMaxFaceCount = 262144;  ///< twice what a closed surface over 65,536 vertices can have
+
+/// Texts, textures and shapes may be named several times. Tools and writers read them each time, so that a small buffer
+/// could stand for any amount of content: all in all it may be this many times as large as the buffer.
+constexpr std::uint64_t kMaxContentFactor = 64;
+
 using LoopVector = flatbuffers::Vector<std::uint16_t>;
 
 /// Walks one verified model and notes what is out of range, each with its place.
@@ -33,13 +42,14 @@ public:
         CheckInstances();
         CheckDefinitions();
         CheckMaterials();
-        CheckBReps("facetedBRep", geometry_.facetedBReps());
-        CheckBReps("brepWithUV", geometry_.brepsWithUV());
-        CheckBReps("brepWithNormal", geometry_.brepsWithNormal());
+        CheckBReps("facetedBRep", kFacetedBRep, geometry_.facetedBReps());
+        CheckBReps("brepWithUV", kBRepWithUV, geometry_.brepsWithUV());
+        CheckBReps("brepWithNormal", kBRepWithNormal, geometry_.brepsWithNormal());
         CheckGraphics();
         if (model_.ownerHistories() != nullptr) CheckOwnerHistories(*model_.ownerHistories());
         if (model_.properties() != nullptr) CheckProperties(*model_.properties());
         if (contentSize_ > size_) Add("shapes share bytes: their parts add up to more than the buffer");
+        CheckUsedSize();
     }
 
 private:
@@ -114,6 +124,67 @@ private:
         }
     }
 
+    /// The bytes of everything that is named, each as often as it is named. Runs last: it looks at indices that lead
+    /// somewhere only.
+    void CheckUsedSize() {
+        CountTexts();
+        for (std::uint32_t i = 0; i < CountOf(geometry_.layers()); ++i) usedSize_ += geometry_.layers()->Get(i)->size();
+        for (std::uint32_t i = 0; i < CountOf(geometry_.textures()); ++i) {
+            usedSize_ += CountOf(geometry_.textures()->Get(i)->data());
+        }
+        for (std::uint32_t i = 0; i < CountOf(geometry_.definitions()); ++i) {
+            auto const& definition = *geometry_.definitions()->Get(i);
+            auto const& sizes = shapeSizes_[definition.kind() < shapeSizes_.size() ? definition.kind() : 0];
+            if (definition.kindIndex() < sizes.size()) usedSize_ += sizes[definition.kindIndex()];
+        }
+        if (usedSize_ > kMaxContentFactor * size_) {
+            Add("texts, textures or shapes are named so often that they add up to " + std::to_string(usedSize_) +
+                " bytes");
+        }
+    }
+
+    using Strings = flatbuffers::Vector<flatbuffers::Offset<flatbuffers::String>>;
+
+    void CountText(Strings const* texts, std::uint64_t index) {
+        if (index < CountOf(texts)) usedSize_ += texts->Get(static_cast<std::uint32_t>(index))->size();
+    }
+
+    void CountTexts() {
+        auto const& entities = *model_.entities();
+        for (auto const* const record : *entities.records()) {
+            CountText(entities.texts(), record->textReference());
+            if (record->identifierKind() % 2 == 1) {
+                CountText(entities.identifierTexts(), record->identifierReference());
+            }
+        }
+        if (model_.properties() != nullptr) {
+            auto const* const strings = model_.properties()->strings();
+            for (std::uint32_t i = 0; i < CountOf(model_.properties()->entries()); ++i) {
+                auto const& entry = *model_.properties()->entries()->Get(i);
+                CountText(strings, entry.set());
+                CountText(strings, entry.name());
+                if (entry.valueKind() == kTextProperty) CountText(strings, entry.value());
+            }
+        }
+        if (model_.ownerHistories() != nullptr) CountOwnerTexts(*model_.ownerHistories());
+    }
+
+    void CountOwnerTexts(Schema::OwnerHistories const& histories) {
+        auto const sizeOf = [](flatbuffers::String const* text) { return text == nullptr ? 0 : text->size(); };
+        for (std::uint32_t i = 0; i < CountOf(histories.links()); ++i) {
+            std::uint32_t const index = histories.links()->Get(i)->reference();
+            if (index >= CountOf(histories.histories())) continue;
+            auto const& history = *histories.histories()->Get(index);
+            usedSize_ += sizeOf(history.lastModifyingUser());
+            usedSize_ += sizeOf(history.lastModifyingApplication());
+            if (history.part() >= CountOf(histories.parts())) continue;
+            auto const& part = *histories.parts()->Get(history.part());
+            usedSize_ += sizeOf(part.user());
+            usedSize_ += sizeOf(part.organization());
+            usedSize_ += sizeOf(part.application());
+        }
+    }
+
     void CheckMaterials() {
         auto const* const materials = geometry_.materials();
         for (std::uint32_t i = 0; i < CountOf(materials); ++i) {
@@ -126,10 +197,14 @@ private:
     }
 
     template <class Table>
-    void CheckBReps(char const* name, flatbuffers::Vector<flatbuffers::Offset<Table>> const* tables) {
+    void CheckBReps(char const* name, DefinitionKind kind,
+                    flatbuffers::Vector<flatbuffers::Offset<Table>> const* tables) {
+        shapeSizes_[kind].reserve(CountOf(tables));
         for (std::uint32_t i = 0; i < CountOf(tables); ++i) {
             auto const place = [name, i] { return std::string(name) + " " + std::to_string(i); };
+            std::uint64_t const before = contentSize_;
             CheckBRep(place, BRepView(*tables->Get(i)));
+            shapeSizes_[kind].push_back(contentSize_ - before);
         }
     }
 
@@ -138,6 +213,7 @@ private:
         contentSize_ += std::uint64_t{brep.vertexCount} * brep.vertexStride;
         if (brep.vertices == nullptr) Add(place() + ": no vertices");
         if (brep.vertexCount > kMaxVertexCount) Add(place() + ": more than 65536 vertices");
+        if (CountOf(brep.faces) > kMaxFaceCount) Add(place() + ": more than 262144 faces");
         for (std::uint32_t i = 0; i < CountOf(brep.faces); ++i) {
             auto const facePlace = [&place, i] { return place() + ", face " + std::to_string(i); };
             CheckLoop(facePlace, brep.faces->Get(i)->outerLoop(), brep.vertexCount);
@@ -156,7 +232,9 @@ private:
             Add(place() + ": no loop");
             return;
         }
-        if (loop->size() < kMinLoopLength) Add(place() + ": a loop of " + std::to_string(loop->size()) + " vertices");
+        if (loop->size() < kMinLoopLength || loop->size() > kMaxLoopLength) {
+            Add(place() + ": a loop of " + std::to_string(loop->size()) + " vertices");
+        }
         auto const wrong =
             std::find_if(loop->begin(), loop->end(), [vertexCount](std::uint16_t v) { return v >= vertexCount; });
         if (wrong != loop->end()) CheckIndex(place, "vertex index", *wrong, vertexCount);
@@ -165,8 +243,10 @@ private:
     void CheckGraphics() {
         auto const* const containers = geometry_.graphicsContainers();
         for (std::uint32_t i = 0; i < CountOf(containers); ++i) {
-            contentSize_ += CountOf(containers->Get(i)->segments()) * sizeof(Schema::LineSegment);
-            contentSize_ += CountOf(containers->Get(i)->arcs()) * sizeof(Schema::ArcSegment);
+            auto const& container = *containers->Get(i);
+            shapeSizes_[kGraphicsContainer].push_back(CountOf(container.segments()) * sizeof(Schema::LineSegment) +
+                                                      CountOf(container.arcs()) * sizeof(Schema::ArcSegment));
+            contentSize_ += shapeSizes_[kGraphicsContainer].back();
         }
     }
 
@@ -206,6 +286,8 @@ private:
     Schema::Geometry const& geometry_;
     std::size_t size_;
     std::uint64_t contentSize_ = 0;  ///< [bytes] of all shapes; more than the buffer where they overlap
+    std::uint64_t usedSize_ = 0;     ///< [bytes] of all content, as often as it is named
+    std::array<std::vector<std::uint64_t>, kBRepWithNormal + 1> shapeSizes_;  ///< [bytes] by kind and index
     std::vector<std::string>& problems_;
 };
 

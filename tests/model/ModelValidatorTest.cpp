@@ -87,6 +87,39 @@ TEST(ModelValidator, LoopsMustBeWellFormed) {
                             "facetedBRep 0, hole 1: no loop"));
 }
 
+TEST(ModelValidator, LoopsAndFacesHaveALimit) {
+    auto model = MakeModel();
+    auto& brep = (*model.facetedBReps)[0];
+    (*brep.faces)[0]->assign(65536, 1);
+    EXPECT_THAT(FindProblems(model.Write()), ElementsAre());
+    (*brep.faces)[0]->assign(65537, 1);
+    EXPECT_THAT(FindProblems(model.Write()), ElementsAre("facetedBRep 0, face 0: a loop of 65537 vertices"));
+    brep.faces->assign(262145, std::vector<std::uint16_t>{0, 1, 2});
+    EXPECT_THAT(FindProblems(model.Write()), ElementsAre("facetedBRep 0: more than 262144 faces"));
+}
+
+TEST(ModelValidator, AShapeMayBeNamedSeveralTimesButNotWithoutEnd) {
+    auto model = MakeModel();
+    (*model.facetedBReps)[0].vertices->assign(10000, {1, 2, 3});
+    auto const definition = model.definitions->front();
+    model.definitions->assign(10, definition);
+    EXPECT_THAT(FindProblems(model.Write()), ElementsAre());
+    model.definitions->assign(200, definition);
+    EXPECT_THAT(FindProblems(model.Write()), ElementsAre(HasSubstr("named so often")));
+}
+
+TEST(ModelValidator, ATextMayBeNamedSeveralTimesButNotWithoutEnd) {
+    auto const write = [](int count) {
+        ModelBuilder builder;
+        auto const entity = builder.GetEntityWriter().AddEntityWithoutIdentifier(L"", {});
+        std::string const text(100000, 'x');
+        for (int i = 0; i < count; ++i) builder.GetPropertyWriter().AddProperty(entity, {"set", "name", text});
+        return builder.Create();
+    };
+    EXPECT_THAT(FindProblems(write(10)), ElementsAre());
+    EXPECT_THAT(FindProblems(write(100)), ElementsAre(HasSubstr("named so often")));
+}
+
 TEST(ModelValidator, ABRepNeedsVertices) {
     auto model = MakeModel();
     (*model.facetedBReps)[0].vertices.reset();
