@@ -8,6 +8,7 @@
 #include <Tools/Increments/IncrementModelBuilder.h>
 #include <Tools/InstancesByEntitiesBuilder.h>
 #include <Tools/LodLineBuilder.h>
+#include <Tools/Picking/ModelInstancesPicker.h>
 #include <Tools/Picking/ModelPicker.h>
 #include <Tools/PlacementBuilder.h>
 #include <Tools/QaabBuilder.h>
@@ -32,7 +33,7 @@ inline void RunAnalysis(std::vector<char> const& model, Quorlan::IModelReader co
 
     GraphicsContainerBuilder graphics;
     graphics.Build(model.data());
-    GraphicsContainer container;
+    Quorlan::Tools::GraphicsContainer container;
     for (unsigned i = 0; i <= graphics.GetCount(); ++i) graphics.GetGraphicsContainer(i, container);
 
     QuantificationBuilder quantities(model.data());
@@ -55,8 +56,21 @@ inline void RunPicks(std::vector<char> const& model) {
             Picking::ViewProjection::FromPerspective(eye, -1.0 / Length(eye) * eye, {0, 0, 1}, 1.0, 640, 480));
         picker.PickSurfaces(model, {}, hidden, tree);
         picker.PickEdges(model, {}, hidden, tree, 40);
-        picker.PickLines(model, {}, hidden, tree, 40);
+        picker.PickLines(model, {}, hidden, tree, 2000);
+        picker.SetDisabledLayers({L"lines", L""});
+        picker.SetDynamicClippingPlanes({{{0, 0, 1}, 2}});
     }
+    // Every instance without the tree in between.
+    BoundingBoxBuilder boxes;
+    boxes.Build(model.data());
+    std::vector<unsigned> all(boxes.getBoundingBoxes().size());
+    for (unsigned i = 0; i < all.size(); ++i) all[i] = i;
+    Picking::ModelInstancesPicker instances;
+    using Picking::GeometryType;
+    instances.PickSurfaces(model, {}, all);
+    instances.PickEdges({GeometryType::FACETED_BREP, GeometryType::BREP_WITH_NORMAL, GeometryType::BREP_WITH_UV,
+                         GeometryType::GRAPHICS_CONTAINER, GeometryType::NONE},
+                        model, {}, all, 1e9);
 }
 
 inline void RunWriters(Quorlan::IModelReader const& reader) {

@@ -1,0 +1,53 @@
+// Writes the seed corpus of a fuzzer into a folder: models, pairs of a model and an increment, or texts.
+//
+// usage: MakeSeeds models|pairs|identifiers FOLDER
+
+#include "support/SeedModels.h"
+
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+
+namespace {
+
+/// Two models one behind the other, the second at a multiple of 8; and each model alone.
+std::vector<TestSupport::SeedModel> MakePairs() {
+    auto const models = TestSupport::MakeSeedModels();
+    auto pairs = models;
+    for (auto const& first : models) {
+        for (auto const& second : models) {
+            auto joined = first.buffer;
+            joined.resize((joined.size() + 7) / 8 * 8);
+            joined.insert(joined.end(), second.buffer.begin(), second.buffer.end());
+            pairs.push_back({first.name + "-" + second.name, joined});
+        }
+    }
+    return pairs;
+}
+
+std::vector<TestSupport::SeedModel> MakeIdentifierSeeds() {
+    std::vector<TestSupport::SeedModel> seeds;
+    for (std::string const text : {"{01234567-89AB-CDEF-0123-456789ABCDEF}", "0YvctVUKr0kugbFTf53O9L",
+                                   "AAAAAAAAAAAAAAAAAAAAAAAAAAAAAAAA", "$_zzzzzzzzzzzzzzzzzzz", "+1.5e300/-0=\"'&<>"}) {
+        seeds.push_back({"text" + std::to_string(seeds.size()), {text.begin(), text.end()}});
+    }
+    return seeds;
+}
+
+std::vector<TestSupport::SeedModel> MakeSeeds(std::string const& kind) {
+    if (kind == "models") return TestSupport::MakeSeedModels();
+    return kind == "pairs" ? MakePairs() : MakeIdentifierSeeds();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) return std::fputs("usage: MakeSeeds models|pairs|identifiers FOLDER\n", stderr), 2;
+    std::filesystem::create_directories(argv[2]);
+    for (auto const& seed : MakeSeeds(argv[1])) {
+        std::ofstream file(std::filesystem::path(argv[2]) / seed.name, std::ios::binary);
+        file.write(seed.buffer.data(), static_cast<std::streamsize>(seed.buffer.size()));
+        if (!file.flush()) return std::perror(argv[2]), 1;
+    }
+    return 0;
+}
