@@ -1,6 +1,9 @@
 #include "CoplanarFaces.h"
 
+#include <algorithm>
 #include <cmath>
+#include <numeric>
+#include <tuple>
 #include <utility>
 
 #include "PlaneGroups.h"
@@ -62,6 +65,45 @@ FacetedBRep Build(FacetedBRep const& shape, std::vector<Polygon> const& polygons
     return isSame || !IsClosed(shape) ? joined : shape;
 }
 
+/// The shape with its coordinates freed from the kernel's noise, and with vertices, loops and faces in an order that
+/// only depends on where they are: the kernel's own hangs on addresses in memory and changes from run to run.
+FacetedBRep InOrder(FacetedBRep shape) {
+    auto const clean = [](double c) { return std::round(c / kKernelNoise) * kKernelNoise; };
+    for (auto& v : shape.vertices) v = {clean(v.x), clean(v.y), clean(v.z)};
+    Indices order(shape.vertices.size());
+    std::iota(order.begin(), order.end(), 0u);
+    std::sort(order.begin(), order.end(), [&](auto i, auto j) {
+        auto const& a = shape.vertices[i];
+        auto const& b = shape.vertices[j];
+        return std::tie(a.x, a.y, a.z) < std::tie(b.x, b.y, b.z);
+    });
+    FacetedBRep sorted;
+    Indices place(order.size());
+    for (auto const index : order) {
+        place[index] = static_cast<std::uint32_t>(sorted.vertices.size());
+        sorted.vertices.push_back(shape.vertices[index]);
+    }
+    auto const toPlace = [&](Indices loop) {
+        for (auto& index : loop) index = place[index];
+        std::rotate(loop.begin(), std::min_element(loop.begin(), loop.end()), loop.end());
+        return loop;
+    };
+    std::vector<std::pair<Indices, std::vector<Indices>>> faces;
+    for (std::size_t face = 0; face < shape.faces.size(); ++face) {
+        auto& entry = faces.emplace_back(toPlace(shape.faces[face]), std::vector<Indices>());
+        for (std::size_t i = 0; i < shape.GetInnerLoopCount(face); ++i) {
+            entry.second.push_back(toPlace(shape.GetInnerLoop(face, i)));
+        }
+        std::sort(entry.second.begin(), entry.second.end());
+    }
+    std::sort(faces.begin(), faces.end());
+    for (auto& [outer, holes] : faces) {
+        if (!holes.empty()) sorted.holes[sorted.faces.size()] = std::move(holes);
+        sorted.faces.push_back(std::move(outer));
+    }
+    return sorted;
+}
+
 }  // namespace
 
 FacetedBRep JoinCoplanarFaces(FacetedBRep const& shape) {
@@ -83,7 +125,7 @@ FacetedBRep JoinCoplanarFaces(FacetedBRep const& shape) {
             polygons.push_back({shape.faces[face], {}});
         }
     }
-    return Build(shape, polygons, corners);
+    return InOrder(Build(shape, polygons, corners));
 }
 
 }  // namespace QuorlanProgram::Import

@@ -18,6 +18,7 @@
 #include <chrono>
 #include <set>
 #include <stdexcept>
+#include <unordered_map>
 
 #include "BodyWriter.h"
 #include "IfcFile.h"
@@ -120,8 +121,7 @@ private:
         auto const placement = Quorlan::AffineTransform::FromMatrix(world);
         auto& writer = builder_.GetEntityWriter();
         ++report_.entities;
-        if (!guids_.insert(guidText).second)
-            repeatedGuids_.insert(guidText).second ? report_.duplicateGuids.push_back(guidText) : void();
+        if (++guidCounts_[guidText] == 2) report_.duplicateGuids.push_back(guidText);
         _GUID guid{};
         if (Quorlan::Tools::IfcGuidToGuid(guidText, guid)) return writer.AddEntity(guid, name, placement);
         report_.invalidGuids.push_back(guidText);
@@ -181,8 +181,7 @@ private:
     IfcGeometry geometry_;
     OwnerHistories histories_;
     BodyWriter bodies_;
-    std::set<std::string> guids_;
-    std::set<std::string> repeatedGuids_;
+    std::unordered_map<std::string, std::size_t> guidCounts_;
 };
 
 ImportResult Failed(std::string error) {
