@@ -3,6 +3,7 @@
 #include <GeometryObjectLib/Matrix4.h>
 #include <GeometryObjectLib/Vertex.h>
 #include <Tools/Export.h>
+#include <Tools/InstancesByEntitiesBuilder.h>
 
 #include <vector>
 
@@ -52,7 +53,7 @@ private:
     };
 
     void const* buffer_ = nullptr;  ///< null: unusable
-    std::vector<std::vector<unsigned int>> instancesByEntities_;
+    InstancesByEntitiesBuilder instances_;
     std::vector<Matrix4> placements_;
     double volume_ = 0;
     double area_ = 0;

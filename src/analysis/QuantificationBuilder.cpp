@@ -3,7 +3,6 @@
 #include "analysis/BRepMeter.h"
 #include "model/ModelView.h"
 
-#include <Tools/InstancesByEntitiesBuilder.h>
 #include <Tools/PlacementBuilder.h>
 
 #include <utility>
@@ -22,11 +21,9 @@ std::optional<BRepView> FindFacetedBRep(Schema::Geometry const& geometry, std::u
 
 QuantificationBuilder::QuantificationBuilder(void const* buffer) {
     if (buffer == nullptr || !HasModelIdentifier(buffer)) return;
-    InstancesByEntitiesBuilder instances;
     PlacementBuilder placements;
-    if (!instances.Build(buffer) || !placements.Build(buffer)) return;
+    if (!instances_.Build(buffer) || !placements.Build(buffer)) return;
 
-    instancesByEntities_ = instances.GetInstancesByEntities();
     placements_ = std::move(placements.getPlacements());
     buffer_ = buffer;
 }
@@ -36,13 +33,14 @@ bool QuantificationBuilder::Build(unsigned int entity) {
     volume_ = 0;
     area_ = 0;
     centerOfGravity_ = Vertex();
-    if (entity >= instancesByEntities_.size()) return false;
+    auto const& instancesByEntities = instances_.GetInstancesByEntities();
+    if (entity >= instancesByEntities.size()) return false;
     auto const& geometry = *Schema::GetModel(buffer_)->geometry();
     if (geometry.definitions() == nullptr) return false;
 
     shapes_.resize(geometry.definitions()->size());
     BRepMeter meter;
-    for (unsigned int const instance : instancesByEntities_[entity]) {
+    for (unsigned int const instance : instancesByEntities[entity]) {
         std::uint32_t const definition = geometry.instances()->Get(instance)->definitionIndex();
         if (definition >= shapes_.size()) continue;
         shape_s& shape = shapes_[definition];
