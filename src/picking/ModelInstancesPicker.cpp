@@ -162,7 +162,7 @@ bool ModelInstancesPicker::PickSurfaces(std::vector<char> const& buffer, AffineT
                                         std::vector<unsigned> const& instanceIds) {
     ResetResult();
     auto const model = OpenTrusted(buffer);
-    if (!model) return false;
+    if (!model || instanceIds.empty()) return false;
 
     InstancePick pick(*model, CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform),
                       CarryPlanes(dynamicClippingPlanes_, transform));
@@ -188,7 +188,7 @@ bool ModelInstancesPicker::PickEdges(std::vector<GeometryType> const& types, std
                                      double tolerance) {
     ResetResult();
     auto const model = OpenTrusted(buffer);
-    if (!model) return false;
+    if (!model || instanceIds.empty()) return false;
 
     InstancePick pick(*model, CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform),
                       CarryPlanes(dynamicClippingPlanes_, transform));

@@ -171,7 +171,7 @@ TEST(ModelInstancesPickerEdges, AgreeWithThePickOneByOneOnRandomModels) {
     std::iota(all.begin(), all.end(), 0);
     int hits = 0;
     int clear = 0;
-    for (int i = 0; i < 600; ++i) {
+    for (int i = 0; i < 200; ++i) {
         auto const transform = TestSupport::MakeRotation(ToVertex(random.Direction()), random.Between(0, 6));
         Vertex const direction = ToVertex(random.Direction());
         Vertex const unit = direction / Length(direction);
@@ -200,8 +200,8 @@ TEST(ModelInstancesPickerEdges, AgreeWithThePickOneByOneOnRandomModels) {
         EXPECT_NEAR(picker.GetShortestDistance(), expected.t, 1e-3) << "pick " << i;
         EXPECT_NEAR(Length(picker.GetPickedPoint() - expected.point), 0, 1e-3) << "pick " << i;
     }
-    EXPECT_GT(clear, 400);
-    EXPECT_GT(hits, 100);
+    EXPECT_GT(clear, 130);
+    EXPECT_GT(hits, 40);
 }
 
 }  // namespace

@@ -184,7 +184,7 @@ TEST(ModelPickerBox, AgreesWithThePickOneByOneOnRandomModels) {
                                }),
                 order.end());
     int hits = 0;
-    for (int i = 0; i < 300; ++i) {
+    for (int i = 0; i < 100; ++i) {
         auto const transform = TestSupport::MakeRotation(ToVertex(random.Direction()), random.Between(0, 6));
         Vertex const direction = ToVertex(random.Direction());
         Vertex const unit = direction / Length(direction);
@@ -214,7 +214,7 @@ TEST(ModelPickerBox, AgreesWithThePickOneByOneOnRandomModels) {
         EXPECT_EQ(picker.GetGeometryInstancePrimitiveId(), expected.face) << "pick " << i;
         EXPECT_NEAR(picker.GetShortestDistance(), expected.t, 1e-3) << "pick " << i;
     }
-    EXPECT_GT(hits, 50);
+    EXPECT_GT(hits, 20);
 }
 
 }  // namespace

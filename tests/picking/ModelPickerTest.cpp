@@ -245,7 +245,7 @@ void ExpectAgreement(std::uint32_t seed, Vertex const& shift, double slack) {
     Entities const excluded{EntityIndex_t{2}, EntityIndex_t{7}};
     auto const pickable = GetPickable(model, excluded, {1});
     int hits = 0;
-    for (int i = 0; i < 1200; ++i) {
+    for (int i = 0; i < 2500; ++i) {
         AffineTransform transform =
             TestSupport::MakeRotation(ToVertex(random.Direction()), i % 2 == 0 ? 0 : random.Between(0, 6));
         double const scale = i % 3 == 0 ? 2 : 1;
@@ -276,7 +276,7 @@ void ExpectAgreement(std::uint32_t seed, Vertex const& shift, double slack) {
         EXPECT_NEAR(picker.GetShortestDistance(), expected.t * scale, slack * scale) << "pick " << i;
         EXPECT_LT(Length(picker.GetPickedPoint() - expected.point), slack) << "pick " << i;
     }
-    EXPECT_GT(hits, 300);
+    EXPECT_GT(hits, 600);
 }
 
 TEST(ModelPicker, AgreesWithThePickInWorldSpaceOnRandomModels) { ExpectAgreement(8, {}, 2e-4); }
@@ -290,7 +290,7 @@ TEST(ModelPicker, GivesTheBitsOfThePickOverAllInstancesInTheOrderOfTheTree) {
     auto const tree = MakeTree(model);
     auto const all = GetLeafOrder(tree);
     int hits = 0;
-    for (int i = 0; i < 1000; ++i) {
+    for (int i = 0; i < 400; ++i) {
         Vertex const direction = ToVertex(random.Direction());
         auto const view = ViewProjection::FromPerspective(direction * -12.0, direction / Length(direction),
                                                           {0.1, 0.2, 1}, 0.5, 640, 480);
@@ -309,7 +309,7 @@ TEST(ModelPicker, GivesTheBitsOfThePickOverAllInstancesInTheOrderOfTheTree) {
         EXPECT_EQ(picker.GetShortestDistance(), overAll.GetShortestDistance());
         hits += isHit ? 1 : 0;
     }
-    EXPECT_GT(hits, 300);
+    EXPECT_GT(hits, 100);
 }
 
 }  // namespace

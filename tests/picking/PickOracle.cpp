@@ -69,6 +69,15 @@ public:
         return loop.Contains(point, normal);
     }
 
+    /// Whether the ray's line meets the sphere around the definition's bounds.
+    bool ComesNear(RawDefinition const& definition, Matrix4 const& worldFromLocal) const {
+        Vertex const lo = TransformPoint(worldFromLocal, {definition.lo.x, definition.lo.y, definition.lo.z});
+        Vertex const hi = TransformPoint(worldFromLocal, {definition.hi.x, definition.hi.y, definition.hi.z});
+        Vertex const toCenter = (lo + hi) / 2 - origin_;
+        Vertex const across = toCenter - direction_ * (Dot(toCenter, direction_) / Dot(direction_, direction_));
+        return Length(across) <= Length(hi - lo) / 2 + slack_;
+    }
+
     void PickFaces(RawBRep const& shape, Matrix4 const& worldFromLocal, bool isTwoSided, OraclePick& pick) {
         auto const place = [&](RawLoop const& indices) {
             Loop loop;
@@ -131,10 +140,11 @@ OraclePick PickSurfacesInWorld(RawModel const& model, AffineTransform const& tra
                                    : definition.kind == 7 ? &model.brepsWithNormal
                                                           : nullptr;
         if (shapes == nullptr) continue;
+        Matrix4 const worldFromLocal = transform.matrix * GetModelFromLocal(model, id);
+        if (!world.ComesNear(definition, worldFromLocal)) continue;
         OraclePick pick;
         pick.instance = id;
-        world.PickFaces((**shapes)[definition.kindIndex], transform.matrix * GetModelFromLocal(model, id), isTwoSided,
-                        pick);
+        world.PickFaces((**shapes)[definition.kindIndex], worldFromLocal, isTwoSided, pick);
         if (!pick.isHit) continue;
         isTie = isTie || (best.isHit && std::abs(pick.t - best.t) < slack);
         if (!best.isHit || pick.t < best.t) best = pick;
