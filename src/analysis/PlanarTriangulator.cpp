@@ -85,8 +85,10 @@ bool PlanarTriangulator::Project(FaceLoops const& face) {
     return true;
 }
 
-/// RETURNS false if the triangles do not cover what the outer ring encloses and the holes leave.
+/// RETURNS false if earcut cannot link the holes, or its triangles do not cover what the outer ring encloses and the
+/// holes leave.
 bool PlanarTriangulator::CutEars() {
+    if (rings_.size() > 1 && !holeLinks_.IsSafe(rings_)) return false;
     triangles_ = mapbox::earcut<std::uint32_t>(rings_);
 
     double const outerArea = ComputeSignedArea(rings_[0]);

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "geometry/HoleLinkCheck.h"
+
 #include <GeometryObjectLib/Vertex.h>
 
 #include <array>
@@ -38,6 +40,7 @@ private:
 
     std::vector<std::vector<Point>> rings_;
     std::vector<std::uint32_t> triangles_;
+    GeometryObjectLib::HoleLinkCheck holeLinks_;
 };
 
 /// The normal of a loop by Newell's method, not normalised: its length is twice the area of a planar loop.

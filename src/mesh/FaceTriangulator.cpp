@@ -57,6 +57,7 @@ std::vector<std::uint16_t> const& FaceTriangulator::CutEars(std::vector<IndexLoo
         rings_.push_back({points, loop.size});
         points += loop.size;
     }
+    if (rings_.size() > 1 && !holeLinks_.IsSafe(rings_)) rings_.resize(1);
     earcut_(rings_);
     return earcut_.indices;
 }

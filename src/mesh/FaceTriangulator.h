@@ -1,5 +1,6 @@
 #pragma once
 
+#include "geometry/HoleLinkCheck.h"
 #include "mesh/ConvexEars.h"
 
 #include <GeometryObjectLib/Vector3f.h>
@@ -24,7 +25,8 @@ struct IndexLoop {
 class FaceTriangulator {
 public:
     /// `loops` is the outer loop, then the holes; `normal` is the face's unit normal.
-    /// Returns triples of indices into the concatenated loops, in earcut's order, valid until the next call.
+    /// Returns triples of indices into the concatenated loops, in earcut's order, valid until the next call. Holes that
+    /// earcut cannot link to the outer loop, because they touch it in a way that it never leaves, are filled.
     std::vector<std::uint16_t> const& Triangulate(std::vector<IndexLoop> const& loops, Vector3f const& normal,
                                                   Vector3f const* positions);
 
@@ -45,6 +47,7 @@ private:
     std::vector<Ring> rings_;
     std::vector<std::uint16_t> triangles_;
     ConvexEars convexEars_;
+    GeometryObjectLib::HoleLinkCheck holeLinks_;
     mapbox::detail::Earcut<std::uint16_t> earcut_;  ///< reused, as its result keeps its memory
 };
 
