@@ -1,9 +1,13 @@
 #include "mesh/FaceTriangulator.h"
 
+#include <algorithm>
 #include <cmath>
 
 namespace Quorlan::Tools {
 namespace {
+
+/// Earcut sorts the points of larger faces by integer cells, where what is not finite has no place.
+constexpr std::size_t kUnsortedPoints = 80;
 
 /// Loops of up to this many vertices are projected without heap memory.
 constexpr std::size_t kFixedPoints = 128;
@@ -27,6 +31,11 @@ struct PlaneAxes {
 
     PlanePoint Project(Vector3f const& v) const { return {Dot(p, v), Dot(q, v)}; }
 };
+
+bool IsFinite(PlanePoint const* points, std::size_t count) {
+    return std::all_of(points, points + count,
+                       [](PlanePoint const& p) { return std::isfinite(p[0]) && std::isfinite(p[1]); });
+}
 
 }  // namespace
 
@@ -58,6 +67,7 @@ std::vector<std::uint16_t> const& FaceTriangulator::CutEars(std::vector<IndexLoo
         points += loop.size;
     }
     if (rings_.size() > 1 && !holeLinks_.IsSafe(rings_)) rings_.resize(1);
+    if (rings_[0].size() > kUnsortedPoints && !IsFinite(rings_[0].points, rings_[0].size())) return triangles_;
     earcut_(rings_);
     return earcut_.indices;
 }

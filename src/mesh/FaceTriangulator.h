@@ -26,7 +26,8 @@ class FaceTriangulator {
 public:
     /// `loops` is the outer loop, then the holes; `normal` is the face's unit normal.
     /// Returns triples of indices into the concatenated loops, in earcut's order, valid until the next call. Holes that
-    /// earcut cannot link to the outer loop, because they touch it in a way that it never leaves, are filled.
+    /// earcut cannot link to the outer loop, because they touch it in a way that it never leaves, are filled. A loop of
+    /// more than 80 corners, one of which is not finite, has no triangles.
     std::vector<std::uint16_t> const& Triangulate(std::vector<IndexLoop> const& loops, Vector3f const& normal,
                                                   Vector3f const* positions);
 
