@@ -20,7 +20,7 @@ std::optional<BRepView> FindFacetedBRep(Schema::Geometry const& geometry, std::u
 }  // namespace
 
 QuantificationBuilder::QuantificationBuilder(void const* buffer) {
-    if (buffer == nullptr || !HasModelIdentifier(buffer)) return;
+    if (!HasModelIdentifier(buffer)) return;
     PlacementBuilder placements;
     if (!instances_.Build(buffer) || !placements.Build(buffer)) return;
 

@@ -17,9 +17,10 @@ using GeometryObjectLib::Frame;
 using GeometryObjectLib::Vector3f;
 using GeometryObjectLib::Vertex;
 
-/// Bytes 4 to 7 hold the identifier of the format. REQUIRES: the buffer has at least 8 bytes.
+/// Bytes 4 to 7 hold the identifier of the format. False for null, which is what an empty vector's data may be.
+/// REQUIRES: any other buffer has at least 8 bytes.
 inline bool HasModelIdentifier(void const* buffer) {
-    return std::memcmp(static_cast<char const*>(buffer) + 4, Schema::ModelIdentifier(), 4) == 0;
+    return buffer != nullptr && std::memcmp(static_cast<char const*>(buffer) + 4, Schema::ModelIdentifier(), 4) == 0;
 }
 
 /// The same; false also for a buffer too short to hold an identifier.
