@@ -1,5 +1,5 @@
 # What `cmake --install` puts where: the library with its headers, the CMake package QuorlanTools, the pkg-config file
-# quorlan-tools, and the program. A caller needs glm, which the package finds; nothing else of ours reaches it.
+# quorlan-tools, and the program with its manual page. A caller needs glm, which the package finds; nothing else of ours reaches it.
 #
 # Components: Runtime (the shared library), Development (headers, package files), Program.
 include(CMakePackageConfigHelpers)
@@ -36,4 +36,20 @@ if(QUORLAN_BUILD_APPS)
     set_target_properties(quorlan PROPERTIES INSTALL_RPATH "$ORIGIN/${quorlan_bin_to_lib}"
                                              INSTALL_RPATH_USE_LINK_PATH ON)
     install(TARGETS quorlan RUNTIME COMPONENT Program)
+
+    # Its manual page is what its help says; completion asks the help too.
+    if(UNIX AND NOT CMAKE_CROSSCOMPILING)
+        set(man_page ${PROJECT_BINARY_DIR}/quorlan.1)
+        add_custom_command(
+            OUTPUT ${man_page}
+            COMMAND ${PROJECT_SOURCE_DIR}/packaging/man.sh $<TARGET_FILE:quorlan> ${PROJECT_VERSION} > ${man_page}
+            DEPENDS quorlan ${PROJECT_SOURCE_DIR}/packaging/man.sh
+            VERBATIM)
+        add_custom_target(quorlan_man ALL DEPENDS ${man_page})
+        install(FILES ${man_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Program)
+    endif()
+    install(FILES ${PROJECT_SOURCE_DIR}/packaging/quorlan.bash RENAME quorlan COMPONENT Program
+            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()
+
+include(Packaging)

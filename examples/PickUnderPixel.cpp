@@ -1,4 +1,4 @@
-/// Says which entity stands in the middle of a picture.
+/// Says which entity stands in the middle of a picture, and where the pointer snaps to an edge.
 
 #include <Quorlan/ModelStorage.h>
 #include <Quorlan/ModelValidator.h>
@@ -51,4 +51,10 @@ int main(int argc, char** argv) {
     auto const& point = picker.GetPickedPoint();
     std::printf("%ls, face %u, at %.3f %.3f %.3f, %.3f away\n", name.c_str(), picker.GetGeometryInstancePrimitiveId(),
                 point.x, point.y, point.z, picker.GetShortestDistance());
+
+    // Snapping: the nearest edge within 40 pixels, if there is one.
+    if (picker.PickEdges(model, {}, nothingHidden, tree, 40)) {
+        auto const& edge = picker.GetPickedPoint();
+        std::printf("snaps to the edge at %.3f %.3f %.3f\n", edge.x, edge.y, edge.z);
+    }
 }
