@@ -38,7 +38,7 @@ public:
 
 private:
     struct OpenedModel;
-    explicit ModelStorage(std::unique_ptr<OpenedModel> model);
+    QUORLAN_TOOLS_LOCAL explicit ModelStorage(std::unique_ptr<OpenedModel> model);
 
     std::unique_ptr<OpenedModel> model_;
 };

@@ -61,8 +61,8 @@ private:
         IModelReader const& model, std::vector<EntityBox_t> const& boxes, double a, double b);
 
     struct Data;
-    explicit ConnectIdentifierResolver(double tolerance);
-    bool BuildData(IModelReader const& model, std::vector<EntityBox_t> const& boxes);
+    QUORLAN_TOOLS_LOCAL explicit ConnectIdentifierResolver(double tolerance);
+    QUORLAN_TOOLS_LOCAL bool BuildData(IModelReader const& model, std::vector<EntityBox_t> const& boxes);
 
     double tolerance_;
     std::unique_ptr<Data const> data_;  ///< null until built

@@ -38,7 +38,7 @@ public:
     std::size_t GetLineCount(unsigned kind) const;
 
 private:
-    std::vector<line_s> const* FindLines(unsigned kind) const;
+    QUORLAN_TOOLS_LOCAL std::vector<line_s> const* FindLines(unsigned kind) const;
 
     std::vector<line_s> plainLines_;
     std::vector<line_s> normalLines_;

@@ -87,8 +87,8 @@ private:
     class Workspace;
 
     template <class Table>
-    void BuildMesh(Table const* brep, float angle);
-    void Clear();
+    QUORLAN_TOOLS_LOCAL void BuildMesh(Table const* brep, float angle);
+    QUORLAN_TOOLS_LOCAL void Clear();
 
     std::vector<triangle_s> triangles_;
     std::vector<corner_s> corners_;

@@ -64,7 +64,7 @@ std::optional<Key_t> DecodeMixedKey(std::string const& text) {
 }  // namespace
 
 struct ConnectIdentifierResolver::Data {
-    Data(IModelReader const& model, std::vector<Box_t> const& boxes);
+    QUORLAN_TOOLS_LOCAL Data(IModelReader const& model, std::vector<Box_t> const& boxes);
 
     std::unordered_map<std::string, EntityIndex_t> entityByGuid;
     std::unordered_map<std::string, std::vector<EntityIndex_t>> entitiesByText;

@@ -100,9 +100,9 @@ private:
 struct UniqueGeometryDefinitionBuilder::State {
     explicit State(IGeometryDefinitionBuilder& definitionTarget) : target(definitionTarget) {}
 
-    GeometryDefinitionIndex_t AddPlain(std::vector<Vertex> const& vertices, FacetedBRep const& shape,
-                                       AffineTransform& transform);
-    void Classify(AffineTransform const& transform);
+    QUORLAN_TOOLS_LOCAL GeometryDefinitionIndex_t AddPlain(std::vector<Vertex> const& vertices,
+                                                           FacetedBRep const& shape, AffineTransform& transform);
+    QUORLAN_TOOLS_LOCAL void Classify(AffineTransform const& transform);
 
     IGeometryDefinitionBuilder& target;
 

@@ -72,8 +72,8 @@ public:
 
 private:
     struct Hit;
-    void ResetResult();
-    void StoreResult(Hit const& hit, AffineTransform const& transform);
+    QUORLAN_TOOLS_LOCAL void ResetResult();
+    QUORLAN_TOOLS_LOCAL void StoreResult(Hit const& hit, AffineTransform const& transform);
 
     std::vector<Plane3f> dynamicClippingPlanes_;
     ViewProjection viewProjection_;

@@ -93,12 +93,12 @@ public:
     unsigned GetGeometryInstancePrimitiveId() const { return geometryInstancePrimitiveId_; }
 
 private:
-    void ResetResult();
-    ModelInstancesPicker MakeInstancesPicker() const;
-    void TakeResult(ModelInstancesPicker const& picker);
-    bool PickInBox(std::vector<GeometryType> const& types, std::vector<char> const& buffer,
-                   AffineTransform const& transform, EntityFilter const& filter,
-                   QuantizedAxisAlignedBoxTree const& tree, double tolerance);
+    QUORLAN_TOOLS_LOCAL void ResetResult();
+    QUORLAN_TOOLS_LOCAL ModelInstancesPicker MakeInstancesPicker() const;
+    QUORLAN_TOOLS_LOCAL void TakeResult(ModelInstancesPicker const& picker);
+    QUORLAN_TOOLS_LOCAL bool PickInBox(std::vector<GeometryType> const& types, std::vector<char> const& buffer,
+                                       AffineTransform const& transform, EntityFilter const& filter,
+                                       QuantizedAxisAlignedBoxTree const& tree, double tolerance);
 
     std::vector<std::wstring> disabledLayers_;
     std::vector<Plane3f> dynamicClippingPlanes_;
