@@ -98,6 +98,10 @@ public:
     /// DEFAULT: one more than the largest index that an instance names.
     virtual std::uint32_t GetPlacementCount() const;
 
+    /// Told before instance placements are read one by one: a reader that loads on demand may load them now. DEFAULT:
+    /// nothing.
+    virtual void PreparePlacements() const;
+
     /// An instance placement. Its matrix is the orthonormal frame in double precision.
     virtual void GetPlacement(AffineTransform& out, std::uint32_t placement) const = 0;
 

@@ -30,7 +30,7 @@ bool BoundingBoxBuilder::Build(AffineTransform const& transform, IModelReader co
     auto const& geometry = reader.GetGeometry();
     // A reader that loads on demand is asked for definitions and placements before the first of them is read.
     static_cast<void>(geometry.GetDefinitionCount());
-    static_cast<void>(geometry.GetPlacementCount());
+    geometry.PreparePlacements();
     std::uint32_t const count = geometry.GetInstanceCount();
     if (count == 0) return false;
 

@@ -51,6 +51,8 @@ std::uint32_t IGeometryReader::GetPlacementCount() const {
     return count;
 }
 
+void IGeometryReader::PreparePlacements() const {}
+
 std::uint32_t IOwnerHistoryReader::GetReferenceCount() const {
     std::uint32_t count = 0;
     OwnerHistoryLink link;
