@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 namespace Quorlan::Tools {
 namespace {
@@ -29,18 +30,17 @@ constexpr double kLargestRelativeDistance = 100.0;   ///< [box diagonals] farthe
 constexpr std::size_t kSmallestVertexCount = 3;
 constexpr auto kInvalidDefinition = static_cast<GeometryDefinitionIndex_t>(kInvalidIndex);
 
-AxisAlignedBox3 ComputeBounds(std::vector<Vertex> const& vertices) {
+/// The centre of the vertices' box if it lies far from the origin, measured in diagonals of the box.
+std::optional<Vertex> FindFarCenter(std::vector<Vertex> const& vertices) {
     Vertex lo = vertices[0];
     Vertex hi = vertices[0];
     for (Vertex const& v : vertices) {
         lo = {std::min(lo.x, v.x), std::min(lo.y, v.y), std::min(lo.z, v.z)};
         hi = {std::max(hi.x, v.x), std::max(hi.y, v.y), std::max(hi.z, v.z)};
     }
-    return AxisAlignedBox3::FromCorners(lo, hi);
-}
-
-bool IsFarFromOrigin(AxisAlignedBox3 const& box) {
-    return Length(box.center) / Length(box.GetMax() - box.GetMin()) > kLargestRelativeDistance;
+    Vertex const center = AxisAlignedBox3::FromCorners(lo, hi).center;
+    if (Length(center) / Length(hi - lo) > kLargestRelativeDistance) return center;
+    return std::nullopt;
 }
 
 /// `transform` applied after a move by -center.
@@ -164,15 +164,15 @@ GeometryDefinitionIndex_t UniqueGeometryDefinitionBuilder::State::AddPlain(std::
 
 GeometryDefinitionIndex_t UniqueGeometryDefinitionBuilder::Add(FacetedBRep const& shape, AffineTransform* transform) {
     if (shape.vertices.size() < kSmallestVertexCount) return kInvalidDefinition;
-    AxisAlignedBox3 const box = ComputeBounds(shape.vertices);
-    if (!IsFarFromOrigin(box)) return state_->AddPlain(shape.vertices, shape, *transform);
+    auto const center = FindFarCenter(shape.vertices);
+    if (!center) return state_->AddPlain(shape.vertices, shape, *transform);
 
     auto& centered = state_->centeredVertices;
     centered.clear();
-    for (Vertex const& v : shape.vertices) centered.push_back(v - box.center);
+    for (Vertex const& v : shape.vertices) centered.push_back(v - *center);
     AffineTransform fromCentered;
     auto const index = state_->AddPlain(centered, shape, fromCentered);
-    *transform = AfterMovingToOrigin(fromCentered, box.center);
+    *transform = AfterMovingToOrigin(fromCentered, *center);
     return index;
 }
 

@@ -213,6 +213,18 @@ TEST(UniqueGeometryDefinitionBuilder, RecentringStartsBeyondAHundredDiagonals) {
     }
 }
 
+TEST(UniqueGeometryDefinitionBuilder, TheDiagonalIsTakenFromTheCornersAndNotFromTheRoundedBox) {
+    // The corners are 1e-14 nearer to each other than centre plus and minus half extent.
+    UniqueFixture f;
+    double const lo = 0x1.faece00000001p+6;
+    double const hi = 0x1.00029p+7;
+    ASSERT_GT((lo + hi) / 2 / (hi - lo), 100.0);
+    FacetedBRep segment;
+    segment.vertices = {{lo, 0, 0}, {hi, 0, 0}, {lo, 0, 0}};
+    f.Add(segment);
+    EXPECT_FALSE(IsIdentity(f.transform));
+}
+
 TEST(UniqueGeometryDefinitionBuilder, AFarCopyOfANearShapeIsFoundThroughItsRecentredForm) {
     UniqueFixture f;
     FacetedBRep const cube = MakeBox({-0.5, -0.5, -0.5}, {0.5, 0.5, 0.5});
