@@ -149,7 +149,7 @@ struct InstanceLanes {
             auto const& instance = arrays.GetInstance(std::min(first + lane, arrays.count - 1));
             placements[lane] = arrays.GetPlacement(instance);
             entities[lane] = arrays.GetEntity(instance);
-            definitions[lane] = arrays.GetDefinition(instance);
+            definitions[lane] = withDefinitions ? arrays.GetDefinition(instance) : nullptr;
             auto const& later = arrays.GetInstance(std::min(first + lane + kPrefetchDistance, arrays.count - 1));
             QUORLAN_PREFETCH(arrays.GetPlacement(later));
             QUORLAN_PREFETCH(arrays.GetEntity(later));

@@ -114,6 +114,7 @@ TEST(PlacementBuilder, ModelWithoutInstancesSucceedsWithNoMatrices) {
 TEST(PlacementBuilder, DefinitionsAreNotNeeded) {
     RawModel model = OneInstance({}, At(1, 2, 3));
     model.definitions = std::nullopt;
+    (*model.instances)[0].definitionIndex = 9;
     EXPECT_EQ(BuildOne(model)(1, 3), 2);
 }
 
