@@ -90,6 +90,9 @@ void PickScene::DisableLayers(VisibilityOptions const& visibility) {
             throw Failure(fmt::format("{}: has no layer '{}'", model_.GetPath(), name));
         }
         disabled.push_back(FromUtf8(name));
+        for (std::uint32_t i = 0; i < names.size(); ++i) {
+            if (names[i] == name) disabledLayers_.insert(i);
+        }
     }
     prototype_.SetDisabledLayers(disabled);
 }
@@ -98,6 +101,18 @@ void PickScene::MoveToOrigin() {
     auto const& c = bounds_->center;
     shift_ = {std::round(c.x), std::round(c.y), std::round(c.z)};
     moved_ = MoveModel(model_.GetReader(), Vertex{} - shift_);
+}
+
+std::vector<bool> PickScene::FindVisibleInstances() const {
+    auto const& geometry = model_.GetReader().GetGeometry();
+    std::vector<bool> visible(geometry.GetInstanceCount());
+    Quorlan::InstanceRecord instance;
+    for (std::uint32_t i = 0; i < visible.size(); ++i) {
+        geometry.GetInstance(instance, i);
+        visible[i] = hidden_.count(Quorlan::EntityIndex_t{instance.entityIndex}) == 0 &&
+                     disabledLayers_.count(instance.layerIndex) == 0;
+    }
+    return visible;
 }
 
 PickScene::Picker::Picker(PickScene const& scene, ViewProjection const& view)

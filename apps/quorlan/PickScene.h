@@ -61,6 +61,9 @@ public:
     /// The world boxes of the instances, without those that are nowhere.
     std::vector<GeometryObjectLib::AxisAlignedBox3> const& GetBoxes() const { return boxes_; }
 
+    /// By instance: neither hidden nor on a disabled layer.
+    std::vector<bool> FindVisibleInstances() const;
+
     /// One thread's means to pick with.
     class Picker {
     public:
@@ -99,6 +102,7 @@ private:
     std::optional<GeometryObjectLib::AxisAlignedBox3> bounds_;
     GeometryObjectLib::QuantizedAxisAlignedBoxTree tree_;
     std::unordered_set<Quorlan::EntityIndex_t> hidden_;
+    std::unordered_set<std::uint32_t> disabledLayers_;
     Quorlan::Tools::Picking::ModelPicker prototype_;  ///< with layers and planes set
 };
 

@@ -8,6 +8,7 @@
 #include "PickScene.h"
 #include "PickedEdge.h"
 #include "Png.h"
+#include "render/MeshRenderer.h"
 #include "render/Overlay.h"
 #include "render/Renderer.h"
 
@@ -26,6 +27,7 @@ using Quorlan::Tools::Picking::ViewProjection;
 
 constexpr Rgba kSnapColor{230, 40, 20, 255};
 constexpr Rgba kSnapHalo{255, 255, 255, 200};
+constexpr std::uint32_t kDefaultSamples = 8;
 constexpr double kSnapRadius = 7;  ///< [pixels]
 
 struct Settings {
@@ -35,6 +37,8 @@ struct Settings {
     ColorMode mode = ColorMode::Material;
     bool shadows = false;
     bool edges = false;
+    bool picked = false;
+    std::uint32_t samples = kDefaultSamples;
     std::optional<std::array<double, 2>> snap;
     CameraOptions camera;
     VisibilityOptions visibility;
@@ -75,6 +79,24 @@ bool MarkSnap(Picture& picture, PickScene const& scene, ViewProjection const& vi
     return true;
 }
 
+Picture MakePicture(Settings const& settings, ModelFile const& model, PickScene const& scene,
+                    ViewProjection const& view, std::vector<Rgba> const& entityColors) {
+    auto surfaces = SurfacesOf(model.GetReader(), settings.mode, entityColors);
+    if (!settings.picked && CanRenderMeshes()) {
+        MeshPictureOptions const options{settings.mode, settings.samples, settings.edges,
+                                         settings.visibility.clippingPlanes};
+        return RenderMeshes(model, scene, surfaces, view, options);
+    }
+    if (!settings.picked) fmt::print(stderr, "built without Embree: the picture is what the pickers see\n");
+    Renderer renderer(scene, view);
+    renderer.SetSurfaces(std::move(surfaces));
+    renderer.SetShading(settings.mode != ColorMode::Entity);
+    renderer.SetEdges(settings.edges);
+    renderer.SetShadows(settings.shadows);
+    renderer.SetNormalColors(settings.mode == ColorMode::Normal);
+    return renderer.Render();
+}
+
 int RunRender(Settings const& settings) {
     CheckOutputFile(settings.output, {settings.model});
     if (!settings.legend.empty()) CheckOutputFile(settings.legend, {settings.model, settings.output});
@@ -85,13 +107,7 @@ int RunRender(Settings const& settings) {
     auto const isEntityMode = settings.mode == ColorMode::Entity;
     auto const entityColors = MakeDistinctColors(isEntityMode ? model.GetReader().GetEntities().GetCount() : 0);
     auto const view = settings.camera.MakeView(scene.GetBoxes());
-    Renderer renderer(scene, view);
-    renderer.SetSurfaces(SurfacesOf(model.GetReader(), settings.mode, entityColors));
-    renderer.SetShading(!isEntityMode);
-    renderer.SetEdges(settings.edges);
-    renderer.SetShadows(settings.shadows);
-    renderer.SetNormalColors(settings.mode == ColorMode::Normal);
-    auto picture = renderer.Render();
+    auto picture = MakePicture(settings, model, scene, view, entityColors);
     auto const isSnapped = !settings.snap || MarkSnap(picture, scene, view, model.GetReader(), *settings.snap);
 
     auto const png = EncodePng({picture.width, picture.height, 4, picture.pixels.front().data()});
@@ -134,7 +150,13 @@ Run DeclareRender(CLI::App& app) {
         ->default_str("material");
     app.add_option("--legend", settings->legend, "With --color entity: a file (.json) that says whose colour is whose")
         ->type_name("OUT");
-    app.add_flag("--shadows", settings->shadows, "Cast shadows, with a ray more per surface");
+    auto* const picked = app.add_flag("--picked", settings->picked, "Show what the pickers see, no more and no less");
+    app.add_flag("--shadows", settings->shadows, "Cast shadows with --picked too, with a ray more per surface");
+    app.add_option("--samples", settings->samples, "Rays per pixel where neighbours differ, 1 to 256")
+        ->type_name("N")
+        ->check(CLI::Range(1u, 256u).description(""))
+        ->capture_default_str()
+        ->excludes(picked);
     app.add_flag("--edges", settings->edges, "Draw clear outlines along creases and boundaries");
     auto const parseSnap = [raw = settings.get()](std::string const& text) {
         std::array<double, 2> pixel{};

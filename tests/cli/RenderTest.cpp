@@ -1,34 +1,12 @@
+#include "cli/Image.h"
 #include "cli/Program.h"
 
-#include <png.h>
-
-#include <array>
 #include <map>
 
 namespace Quorlan::Testing {
 namespace {
 
 using nlohmann::json;
-using Pixel = std::array<unsigned char, 4>;
-
-struct Image {
-    unsigned width = 0, height = 0;
-    std::vector<Pixel> pixels;
-
-    explicit Image(std::string const& path) {
-        png_image image{};
-        image.version = PNG_IMAGE_VERSION;
-        if (png_image_begin_read_from_file(&image, path.c_str()) == 0) return;
-        image.format = PNG_FORMAT_RGBA;
-        width = image.width;
-        height = image.height;
-        pixels.resize(std::size_t{width} * height);
-        png_image_finish_read(&image, nullptr, pixels.data(), 0, nullptr);
-    }
-
-    Pixel const& At(unsigned x, unsigned y) const { return pixels[std::size_t{y} * width + x]; }
-};
-
 class Render : public ProgramTest {
 protected:
     /// Renders the two cubes from the right: the near one is seen on the left.
