@@ -18,5 +18,9 @@ Run DeclareMesh(CLI::App& app);
 Run DeclareExport(CLI::App& app);
 Run DeclarePick(CLI::App& app);
 Run DeclareRender(CLI::App& app);
+Run DeclareMerge(CLI::App& app);
+Run DeclareSquash(CLI::App& app);
+Run DeclareExtract(CLI::App& app);
+Run DeclareGuid(CLI::App& app);
 
 }  // namespace QuorlanProgram

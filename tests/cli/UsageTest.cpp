@@ -5,6 +5,10 @@
 namespace Quorlan::Testing {
 namespace {
 
+std::vector<std::string> const kCommands = {"sample", "info",   "validate", "boxes",  "placements", "quantities",
+                                            "lod",    "lines",  "mesh",     "export", "pick",       "render",
+                                            "merge",  "squash", "extract",  "guid"};
+
 TEST(Usage, VersionIsTheProjects) {
     auto const run = RunQuorlan({"--version"});
     EXPECT_EQ(run.exitCode, 0);
@@ -14,8 +18,7 @@ TEST(Usage, VersionIsTheProjects) {
 TEST(Usage, HelpNamesEveryCommandAndEveryCommandHasHelp) {
     auto const help = RunQuorlan({"--help"});
     EXPECT_EQ(help.exitCode, 0);
-    for (std::string const command :
-         {"sample", "info", "validate", "boxes", "placements", "quantities", "lod", "lines", "mesh", "export", "pick", "render"}) {
+    for (auto const& command : kCommands) {
         EXPECT_NE(help.out.find("\n  " + command + " "), std::string::npos) << command;
         auto const run = RunQuorlan({command, "--help"});
         EXPECT_EQ(run.exitCode, 0);
@@ -28,8 +31,7 @@ TEST(Usage, TheCommandReferenceNamesEveryOption) {
     auto const bytes = ReadBytes(QUORLAN_COMMAND_REFERENCE);
     std::string const reference(bytes.begin(), bytes.end());
     std::regex const option("--[a-z][a-z-]*");
-    for (std::string const command :
-         {"sample", "info", "validate", "boxes", "placements", "quantities", "lod", "lines", "mesh", "export", "pick", "render"}) {
+    for (auto const& command : kCommands) {
         EXPECT_NE(reference.find("quorlan " + command + " "), std::string::npos) << command;
         auto const help = RunQuorlan({command, "--help"}).out;
         for (std::sregex_iterator i(help.begin(), help.end(), option), end; i != end; ++i) {
@@ -78,6 +80,11 @@ TEST(Usage, WrongUsageGivesTheReasonAndTheUsage) {
         {"render", "a.qln", "-o", "a.png", "--color", "entity", "--edges"},
         {"render", "a.qln", "-o", "a.png", "--color", "mood"},
         {"render", "a.qln", "-o", "a.png", "--legend", "a.json"},
+        {"guid"},
+        {"merge", "a.qln", "-o", "b.qln"},
+        {"merge", "a.qln", "b.qln"},
+        {"squash", "a.qln", "b.qln"},
+        {"extract", "a.qln", "-o", "b.qln"},
     };
     for (auto const& arguments : wrong) {
         auto const run = RunQuorlan(arguments);
