@@ -167,7 +167,7 @@ TEST(QaabBuilder, GivesTheBitsOfThePlainRecursion) {
         }
         for (std::uint32_t seed = 100; seed < 103; ++seed) {
             SCOPED_TRACE(seed);
-            ExpectPlainTree(MakeRandomModel(seed, 5000, style));
+            ExpectPlainTree(MakeRandomModel(seed, 2000, style));
         }
     }
 }
