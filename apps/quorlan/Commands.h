@@ -18,6 +18,7 @@ Run DeclareMesh(CLI::App& app);
 Run DeclareExport(CLI::App& app);
 Run DeclarePick(CLI::App& app);
 Run DeclareRender(CLI::App& app);
+Run DeclareDiff(CLI::App& app);
 Run DeclareMerge(CLI::App& app);
 Run DeclareSquash(CLI::App& app);
 Run DeclareExtract(CLI::App& app);

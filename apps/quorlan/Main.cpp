@@ -26,6 +26,7 @@ std::vector<Command> const kCommands = {
     {"export", "Write a model as binary glTF", &DeclareExport},
     {"pick", "Say what stands under a pixel", &DeclarePick},
     {"render", "Cast a picture of a model", &DeclareRender},
+    {"diff", "Tell and write what changed between two models", &DeclareDiff},
     {"merge", "Apply an increment to a model", &DeclareMerge},
     {"squash", "Make one increment of two", &DeclareSquash},
     {"extract", "Take some entities of a model", &DeclareExtract},

@@ -7,7 +7,7 @@ namespace {
 
 std::vector<std::string> const kCommands = {"sample", "info",   "validate", "boxes",  "placements", "quantities",
                                             "lod",    "lines",  "mesh",     "export", "pick",       "render",
-                                            "merge",  "squash", "extract",  "guid"};
+                                            "merge",  "squash", "extract",  "guid",   "diff"};
 
 TEST(Usage, VersionIsTheProjects) {
     auto const run = RunQuorlan({"--version"});
@@ -84,6 +84,9 @@ TEST(Usage, WrongUsageGivesTheReasonAndTheUsage) {
         {"merge", "a.qln", "-o", "b.qln"},
         {"merge", "a.qln", "b.qln"},
         {"squash", "a.qln", "b.qln"},
+        {"diff", "a.qln", "b.qln"},
+        {"diff", "a.qln", "b.qln", "-o", "c.qln", "--report", "xml"},
+        {"diff", "a.qln", "b.qln", "-o", "c.qln", "--tolerance", "-1"},
         {"extract", "a.qln", "-o", "b.qln"},
     };
     for (auto const& arguments : wrong) {
