@@ -25,22 +25,24 @@ struct Settings {
     std::string input;
     std::string output;
     std::string report;
+    bool takesOpenings = false;
 };
 
 #ifdef QUORLAN_HAS_IFC
 
 constexpr std::uint64_t kProgressSteps = 1000;
 
-Import::ImportResult ImportWithProgress(std::vector<char> const& text) {
+Import::ImportResult ImportWithProgress(std::vector<char> const& text, bool takesOpenings) {
     Progress progress(kProgressSteps);
     Import::ImportOptions options;
+    options.takesOpenings = takesOpenings;
     options.progress = [&](double share) { progress.Report(static_cast<std::uint64_t>(share * kProgressSteps)); };
     return Import::ImportIfc(AsView(text), options);
 }
 
 int ImportHere(Settings const& settings) {
     auto const text = ReadFile(settings.input);
-    auto const result = ImportWithProgress(text);
+    auto const result = ImportWithProgress(text, settings.takesOpenings);
     if (!result.error.empty()) throw Failure(settings.input + ": " + result.error);
     WriteOutputFile(settings.output, AsView(result.model), {settings.input});
     if (settings.report == "text") std::fputs(Import::ToText(result.report).c_str(), stdout);
@@ -83,6 +85,8 @@ Run DeclareImport(CLI::App& app) {
     auto const settings = std::make_shared<Settings>();
     app.add_option("input", settings->input, "The building to read (.ifc: IFC2x3, IFC4)")->required()->type_name("IN");
     app.add_option("-o,--output", settings->output, "The model to write (.qln)")->required()->type_name("OUT");
+    app.add_flag("--openings", settings->takesOpenings,
+                 "Import openings as entities too, on the layer IfcOpeningElement");
     app.add_option("--report", settings->report, "Print what was read and what was not")
         ->check(CLI::IsMember({"text", "json"}))
         ->type_name("text|json");

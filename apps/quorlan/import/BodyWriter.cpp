@@ -18,6 +18,8 @@ constexpr std::size_t kVertexLimit = 65536;  ///< of a definition, whose indices
 /// their own.
 constexpr double kFarCoordinate = 1000;
 
+constexpr auto kNoDefinition = static_cast<Quorlan::GeometryDefinitionIndex_t>(Quorlan::kInvalidIndex);
+
 /// Moves a shape that lies far from the origin to it. RETURNS where it was, in whole metres.
 Vertex MoveToOrigin(FacetedBRep& shape) {
     constexpr auto kMax = std::numeric_limits<double>::max();
@@ -34,12 +36,21 @@ Vertex MoveToOrigin(FacetedBRep& shape) {
     return origin;
 }
 
-Matrix4 WithOrigin(Matrix4 matrix, Vertex const& origin) {
-    auto const moved = TransformPoint(matrix, origin);
-    matrix(0, 3) = moved.x;
-    matrix(1, 3) = moved.y;
-    matrix(2, 3) = moved.z;
+Matrix4 MakeTranslation(Vertex const& offset) {
+    Matrix4 matrix;
+    matrix(0, 3) = offset.x;
+    matrix(1, 3) = offset.y;
+    matrix(2, 3) = offset.z;
     return matrix;
+}
+
+/// The inverse of a rigid transform: the transposed rotation, and the translation turned back.
+Matrix4 InvertRigid(Matrix4 const& matrix) {
+    Matrix4 rotation;
+    for (std::size_t row = 0; row < 3; ++row) {
+        for (std::size_t column = 0; column < 3; ++column) rotation(row, column) = matrix(column, row);
+    }
+    return rotation * MakeTranslation(-1.0 * matrix.GetColumn(3));
 }
 
 }  // namespace
@@ -91,17 +102,41 @@ BodyWriter::Definitions BodyWriter::AddShape(FacetedBRep shape, bool isAsModelle
     ++(isAsModelled ? report_.modelledShapes : report_.joinedShapes);
     if (shape.vertices.size() > kVertexLimit) ++report_.splitShapes;
     for (auto& part : SplitShape(shape, kVertexLimit)) {
-        auto const origin = MoveToOrigin(part);
-        definitions.push_back({builder_.GetGeometryDefinitionBuilder().AddBRep(part), origin});
-        ++report_.definitions;
+        definitions.push_back(AddPart(std::move(part)));
     }
     return definitions;
+}
+
+BodyWriter::Definition BodyWriter::AddPart(FacetedBRep part) {
+    Vertex const origin = MoveToOrigin(part);
+    AffineTransform toDefinition;
+    auto const index = uniqueDefinitions_.Add(part, &toDefinition);
+    ++report_.shapes;
+    NoteDeviation(index, part, toDefinition.matrix);
+    return {index, MakeTranslation(origin) * InvertRigid(toDefinition.matrix)};
+}
+
+void BodyWriter::NoteDeviation(Quorlan::GeometryDefinitionIndex_t index, FacetedBRep const& part,
+                               Matrix4 const& toDefinition) {
+    auto const number = static_cast<std::size_t>(index);
+    if (number == writtenVertices_.size()) {
+        auto& written = writtenVertices_.emplace_back();
+        for (auto const& v : part.vertices) written.push_back(TransformPoint(toDefinition, v));
+        ++report_.definitions;
+    } else if (number < writtenVertices_.size()) {
+        auto const& written = writtenVertices_[number];
+        for (std::size_t i = 0; i < written.size(); ++i) {
+            double const deviation = Length(TransformPoint(toDefinition, part.vertices[i]) - written[i]);
+            report_.largestDeviation = std::max(report_.largestDeviation, deviation);
+        }
+    }
 }
 
 void BodyWriter::AddInstances(Quorlan::EntityIndex_t entity, Definitions const& definitions, Matrix4 const& placement,
                               std::uint32_t material, std::uint32_t layer) {
     for (auto const& definition : definitions) {
-        auto const placed = AffineTransform::FromMatrix(WithOrigin(placement, definition.origin));
+        if (definition.index == kNoDefinition) continue;
+        auto const placed = AffineTransform::FromMatrix(placement * definition.placement);
         builder_.GetInstanceWriter().AddInstance(entity, definition.index, material, layer, placed);
         ++report_.instances;
     }

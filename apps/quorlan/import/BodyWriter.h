@@ -1,6 +1,7 @@
 #pragma once
 
 #include <Quorlan/ModelBuilder.h>
+#include <Tools/UniqueGeometryDefinitionBuilder.h>
 
 #include <array>
 #include <map>
@@ -13,11 +14,15 @@
 
 namespace QuorlanProgram::Import {
 
-/// Writes shapes, materials and layers, each once however many instances use it.
+/// Writes shapes, materials and layers, each once however many instances use it. Shapes that are moved or turned copies
+/// of one another are found and written once, whether the file shares them or not.
 class BodyWriter {
 public:
     BodyWriter(Quorlan::ModelBuilder& builder, IfcGeometry& geometry, ImportReport& report)
-        : builder_(builder), geometry_(geometry), report_(report) {}
+        : builder_(builder),
+          geometry_(geometry),
+          report_(report),
+          uniqueDefinitions_(builder.GetGeometryDefinitionBuilder()) {}
 
     /// Writes the body of an entity, minus `openings`, which are in the frame of the entity. Items without a style get
     /// `fallback`, items without a layer `defaultLayer` where that is not empty.
@@ -27,15 +32,17 @@ public:
                       std::optional<MaterialRecord> const& fallback, std::string const& defaultLayer);
 
 private:
-    /// A definition, and where its origin stands in the coordinates of the item.
+    /// A definition, and how it stands in the coordinates of the item.
     struct Definition {
         Quorlan::GeometryDefinitionIndex_t index;
-        Vertex origin;
+        Matrix4 placement;
     };
     using Definitions = std::vector<Definition>;
 
     Definitions const& GetDefinitions(std::shared_ptr<IfcRepresentationItem> const& item);
     ConvertedShape Convert(std::shared_ptr<IfcRepresentationItem> const& item);
+    Definition AddPart(FacetedBRep part);
+    void NoteDeviation(Quorlan::GeometryDefinitionIndex_t index, FacetedBRep const& part, Matrix4 const& toDefinition);
     Definitions AddShape(FacetedBRep shape, bool isAsModelled);
     void AddInstances(Quorlan::EntityIndex_t entity, Definitions const& definitions, Matrix4 const& placement,
                       std::uint32_t material, std::uint32_t layer);
@@ -45,6 +52,8 @@ private:
     Quorlan::ModelBuilder& builder_;
     IfcGeometry& geometry_;
     ImportReport& report_;
+    Quorlan::Tools::UniqueGeometryDefinitionBuilder uniqueDefinitions_;
+    std::vector<std::vector<Vertex>> writtenVertices_;  ///< by definition
     std::unordered_map<IfcRepresentationItem const*, Definitions> definitions_;
     std::map<std::array<std::uint8_t, 5>, std::uint32_t> materials_;
     std::map<std::string, std::uint32_t> layers_;

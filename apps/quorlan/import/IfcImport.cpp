@@ -71,6 +71,7 @@ public:
     Importer(std::shared_ptr<BuildingModel> const& model, Units const& units, ImportOptions const& options,
              ImportReport& report, MessageLog& log)
         : model_(model),
+          takesOpenings_(options.takesOpenings),
           report_(report),
           placements_(units.length),
           properties_(units),
@@ -93,9 +94,13 @@ public:
     }
 
 private:
+    static bool IsOpening(IfcProduct const& product) {
+        return dynamic_cast<IfcFeatureElementSubtraction const*>(&product) != nullptr;
+    }
+
     void Add(IfcProduct const& product) {
         ++report_.products;
-        if (dynamic_cast<IfcFeatureElementSubtraction const*>(&product)) {
+        if (IsOpening(product) && !takesOpenings_) {
             ++report_.openings;
             return;
         }
@@ -133,7 +138,9 @@ private:
         if (isSpace) ++report_.spaces;
         auto const written = report_.instances;
         auto const missed = bodies_.Write(entity, body, CollectOpenings(product, world), FindMaterialStyle(product),
-                                          isSpace ? "IfcSpace" : "");
+                                          isSpace              ? "IfcSpace"
+                                          : IsOpening(product) ? "IfcOpeningElement"
+                                                               : "");
         auto const guid = ToUtf8(product.m_GlobalId);
         if (missed > 0) report_.missedCuts.push_back(guid + ": " + std::to_string(missed));
         if (report_.instances == written) report_.productsWithoutShape.push_back(guid);
@@ -174,6 +181,7 @@ private:
     }
 
     std::shared_ptr<BuildingModel> model_;
+    bool takesOpenings_;
     ImportReport& report_;
     Quorlan::ModelBuilder builder_;
     PlacementReader placements_;

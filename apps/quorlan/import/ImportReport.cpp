@@ -1,6 +1,7 @@
 #include "ImportReport.h"
 
 #include <algorithm>
+#include <iomanip>
 #include <nlohmann/json.hpp>
 #include <sstream>
 
@@ -38,14 +39,21 @@ void WriteNames(std::ostream& out, char const* title, Names const& names) {
     if (names.size() > kShownEntries) out << "    …\n";
 }
 
+/// Shapes read for each one written.
+double GetRatio(ImportReport const& r) {
+    return r.definitions == 0 ? 1.0 : static_cast<double>(r.shapes) / static_cast<double>(r.definitions);
+}
+
 }  // namespace
 
 std::string ToText(ImportReport const& r) {
     std::ostringstream out;
     out << "schema: " << r.schema << '\n'
         << "products: " << r.products << ", imported " << r.entities << '\n'
-        << "instances: " << r.instances << " of " << r.definitions << " definitions (" << r.modelledShapes
-        << " with their faces as modelled, " << r.joinedShapes << " from joined triangles)\n"
+        << "instances: " << r.instances << " of " << r.definitions << " definitions\n"
+        << "shapes read: " << r.shapes << " (" << r.modelledShapes << " with their faces as modelled, "
+        << r.joinedShapes << " from joined triangles), distinct ones kept: " << r.definitions << ", ratio "
+        << std::setprecision(3) << GetRatio(r) << ", largest deviation " << r.largestDeviation << " m\n"
         << "materials: " << r.materials << ", layers: " << r.layers << ", properties: " << r.properties
         << ", owner histories: " << r.ownerHistories << '\n';
     if (r.spaces > 0) out << "spaces: " << r.spaces << ", on layer IfcSpace where they have no layer of their own\n";
@@ -72,7 +80,10 @@ std::string ToJson(ImportReport const& r) {
         {"entities", r.entities},
         {"spaces", r.spaces},
         {"instances", r.instances},
+        {"shapes", r.shapes},
         {"definitions", r.definitions},
+        {"shapesPerDefinition", GetRatio(r)},
+        {"largestDeviation", r.largestDeviation},
         {"modelledShapes", r.modelledShapes},
         {"joinedShapes", r.joinedShapes},
         {"splitShapes", r.splitShapes},

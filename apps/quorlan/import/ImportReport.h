@@ -15,9 +15,11 @@ struct ImportReport {
     std::size_t entities = 0;         ///< written
     std::size_t spaces = 0;           ///< of these, spaces
     std::size_t instances = 0;        ///< written
-    std::size_t definitions = 0;      ///< written
-    std::size_t modelledShapes = 0;   ///< of these, those whose faces are as they were modelled
-    std::size_t joinedShapes = 0;     ///< of these, those whose faces were joined from the kernel's triangles
+    std::size_t shapes = 0;           ///< read; those that are copies of one another among them
+    std::size_t definitions = 0;      ///< written: the distinct ones
+    double largestDeviation = 0;      ///< [m] of a vertex, from sharing a definition with a copy
+    std::size_t modelledShapes = 0;   ///< shapes whose faces are as they were modelled
+    std::size_t joinedShapes = 0;     ///< shapes whose faces were joined from the kernel's triangles
     std::size_t splitShapes = 0;      ///< shapes that needed more than one definition
     std::size_t materials = 0;        ///< written
     std::size_t layers = 0;           ///< written

@@ -46,6 +46,36 @@ TEST(Import, ARepeatedGuidKeepsBothEntities) {
     EXPECT_THAT(model.GetReport().duplicateGuids, ElementsAre(SmallIfc::Guid(7)));
 }
 
+TEST(Import, ShapesThatTheFileDoesNotShareBecomeOneDefinition) {
+    SmallIfc ifc;
+    for (int i = 1; i <= 3; ++i) ifc.AddWall(i, ifc.AddShape(ifc.AddBox(1, 2, 3)), "$");
+    ifc.AddWall(4, ifc.AddShape(ifc.AddBox(1, 2, 4)), "$");
+    ImportedModel const model(ifc.GetText());
+    EXPECT_EQ(model.GetGeometry().GetInstanceCount(), 4u);
+    EXPECT_EQ(model.GetGeometry().GetDefinitionCount(), 2u);
+    EXPECT_EQ(model.GetReport().shapes, 4u);
+    EXPECT_EQ(model.GetReport().definitions, 2u);
+    EXPECT_LT(model.GetReport().largestDeviation, 1e-5);
+}
+
+TEST(Import, OpeningsAreCountedOrBecomeEntitiesOnALayerOfTheirOwn) {
+    SmallIfc ifc;
+    ifc.AddWall(1, ifc.AddShape(ifc.AddBox(1, 1, 1)), "$");
+    ifc.Add("IFCOPENINGELEMENT('" + SmallIfc::Guid(2) + "',$,$,$,$,$," + ifc.AddShape(ifc.AddBox(2, 1, 1)) + ",$,$)");
+    ImportedModel const without(ifc.GetText());
+    EXPECT_EQ(without.GetReader().GetEntities().GetCount(), 1u);
+    EXPECT_EQ(without.GetReport().openings, 1u);
+
+    QuorlanProgram::Import::ImportOptions options;
+    options.takesOpenings = true;
+    ImportedModel const with(ifc.GetText(), options);
+    EXPECT_EQ(with.GetReader().GetEntities().GetCount(), 2u);
+    EXPECT_EQ(with.GetReport().openings, 0u);
+    std::string layer;
+    with.GetGeometry().GetLayerName(layer, with.GetInstance(1).layerIndex);
+    EXPECT_EQ(layer, "IfcOpeningElement");
+}
+
 TEST(Import, AGuidThatIsNoneIsKeptAsAnIdentifierText) {
     SmallIfc ifc;
     ifc.Add("IFCWALL('wall-1',$,$,$,$,$," + ifc.AddShape(ifc.AddBox(1, 1, 1)) + ",$,$)");

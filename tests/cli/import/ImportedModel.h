@@ -13,8 +13,8 @@ namespace Quorlan::Testing {
 /// An import that succeeded, opened.
 class ImportedModel {
 public:
-    explicit ImportedModel(std::string const& text)
-        : result_(QuorlanProgram::Import::ImportIfc(text)), storage_(ModelStorage::FromBuffer(result_.model)) {
+    explicit ImportedModel(std::string const& text, QuorlanProgram::Import::ImportOptions const& options = {})
+        : result_(QuorlanProgram::Import::ImportIfc(text, options)), storage_(ModelStorage::FromBuffer(result_.model)) {
         EXPECT_EQ(result_.error, "");
         EXPECT_TRUE(ModelValidator().Build(result_.model));
     }
