@@ -15,8 +15,8 @@ constexpr double kKernelNoise = 1e-9;    ///< [m] the grid of the result; the sa
 /// leave them, cancel, and so do skins over openings (PlaneGroups.h). A group of faces whose outline is no set of
 /// simple loops stays as it is, and so do the faces of the whole shape if its volume would change.
 ///
-/// Points are moved to a grid of `kKernelNoise`; vertices and faces come in an order that only depends on where they are.
-/// REQUIRES: faces without holes; a shape with holes is returned unchanged. COST: n log n in the number of faces.
+/// Points are moved to a grid of `kKernelNoise`; vertices and faces come in an order that only depends on where they
+/// are. REQUIRES: faces without holes; a shape with holes is returned unchanged. COST: n log n in the number of faces.
 FacetedBRep JoinCoplanarFaces(FacetedBRep const& shape);
 
 }  // namespace QuorlanProgram::Import

@@ -12,8 +12,8 @@ namespace QuorlanProgram::Import {
 struct ImportOptions {
     int verticesPerCircle = 24;  ///< chords that stand for a full circle, at least 6
 
-    /// Whether openings become entities, on the layer "IfcOpeningElement" where they have none of their own. They are cut
-    /// from what they open in any case.
+    /// Whether openings become entities, on the layer "IfcOpeningElement" where they have none of their own. They are
+    /// cut from what they open in any case.
     bool takesOpenings = false;
 
     /// Called from time to time with the share that is done, 0 to 1. May be empty.
