@@ -22,6 +22,8 @@ Run DeclareDiff(CLI::App& app);
 Run DeclareMerge(CLI::App& app);
 Run DeclareSquash(CLI::App& app);
 Run DeclareExtract(CLI::App& app);
+Run DeclareCombine(CLI::App& app);
+Run DeclareResolve(CLI::App& app);
 Run DeclareGuid(CLI::App& app);
 
 }  // namespace QuorlanProgram

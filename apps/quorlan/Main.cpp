@@ -30,6 +30,8 @@ std::vector<Command> const kCommands = {
     {"merge", "Apply an increment to a model", &DeclareMerge},
     {"squash", "Make one increment of two", &DeclareSquash},
     {"extract", "Take some entities of a model", &DeclareExtract},
+    {"combine", "Make one model of several, an entity each", &DeclareCombine},
+    {"resolve", "Find the entities that an identifier names", &DeclareResolve},
     {"guid", "Convert GUIDs between their two forms", &DeclareGuid},
 };
 

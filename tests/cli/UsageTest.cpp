@@ -5,9 +5,9 @@
 namespace Quorlan::Testing {
 namespace {
 
-std::vector<std::string> const kCommands = {"sample", "info",   "validate", "boxes",  "placements", "quantities",
-                                            "lod",    "lines",  "mesh",     "export", "pick",       "render",
-                                            "merge",  "squash", "extract",  "guid",   "diff"};
+std::vector<std::string> const kCommands = {
+    "sample", "info",   "validate", "boxes",  "placements", "quantities", "lod",     "lines", "mesh", "export",
+    "pick",   "render", "merge",    "squash", "extract",    "combine",    "resolve", "guid",  "diff"};
 
 TEST(Usage, VersionIsTheProjects) {
     auto const run = RunQuorlan({"--version"});
