@@ -83,9 +83,8 @@ std::map<std::string, Measure> ReadReference(std::filesystem::path const& csv) {
         std::replace(line.begin(), line.end(), ',', ' ');
         std::istringstream row(line);
         std::string guid;
-        double volume = 0;
         Measure m;
-        row >> guid >> m.type >> m.area >> volume >> m.min[0] >> m.min[1] >> m.min[2] >> m.max[0] >> m.max[1] >>
+        row >> guid >> m.type >> m.area >> m.volume >> m.min[0] >> m.min[1] >> m.min[2] >> m.max[0] >> m.max[1] >>
             m.max[2];
         if (row) products[guid] = m;
     }
@@ -108,7 +107,7 @@ std::map<std::string, Measure> MeasureModel(Quorlan::IModelReader const& model) 
         constexpr auto kMax = std::numeric_limits<double>::max();
         auto const key = GetKey(model.GetEntities(), identifier);
         auto& measure =
-            products.try_emplace(key, Measure{{}, 0, {kMax, kMax, kMax}, {-kMax, -kMax, -kMax}}).first->second;
+            products.try_emplace(key, Measure{{}, 0, 0, {kMax, kMax, kMax}, {-kMax, -kMax, -kMax}}).first->second;
         auto const world = identifier.placement.matrix * placement.matrix;
         measure.area += GetArea(shape);
         for (auto const& vertex : shape.vertices) Extend(measure, TransformPoint(world, vertex));

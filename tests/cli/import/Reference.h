@@ -11,10 +11,11 @@
 /// What an independent engine says about the products of a file, and what an import gave.
 namespace Quorlan::Testing {
 
-/// One product: its surface and its box in the world, in metres.
+/// One product: its surface, its volume and its box in the world, in metres.
 struct Measure {
     std::string type;
     double area = 0;
+    double volume = 0;  ///< of the table only
     std::array<double, 3> min{};
     std::array<double, 3> max{};
 };
