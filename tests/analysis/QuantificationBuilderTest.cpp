@@ -240,6 +240,18 @@ TEST(QuantificationBuilder, PlacementWithAxesOfLengthTwoLeavesAreaAndVolumeUnsca
     ExpectQuantities(Quantify(ModelOf(RawBox({0, 0, 0}, {1, 1, 1}), placement)), 6, 1, {9.5, 0.5, 0.5});
 }
 
+TEST(QuantificationBuilder, MirroredShapeHasANegativeVolumeAndItsCentreMirrored) {
+    RawBRep wedge;
+    wedge.vertices = {{{0, 0, 0}, {3, 0, 0}, {0, 3, 0}, {0, 0, 3}}};
+    wedge.faces = std::vector<RawLoop>{std::vector<std::uint16_t>{0, 2, 1}, std::vector<std::uint16_t>{0, 1, 3},
+                                       std::vector<std::uint16_t>{1, 2, 3}, std::vector<std::uint16_t>{2, 0, 3}};
+    auto mirrored = wedge;
+    for (auto& vertex : *mirrored.vertices) vertex.x = -vertex.x;
+    double const area = 13.5 + std::sqrt(3.0) / 4 * 18;
+    ExpectQuantities(Quantify(ModelOf(wedge)), area, 4.5, {0.75, 0.75, 0.75});
+    ExpectQuantities(Quantify(ModelOf(mirrored)), area, -4.5, {-0.75, 0.75, 0.75});
+}
+
 TEST(QuantificationBuilder, InstancesAddUpAndTheCentreIsWeightedByVolume) {
     RawModel model;
     auto const entity = model.AddEntity();

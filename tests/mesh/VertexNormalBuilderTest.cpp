@@ -39,6 +39,15 @@ glm::vec3 VectorArea(VertexNormalBuilder& builder) {
     return sum;
 }
 
+double TotalArea(VertexNormalBuilder& builder) {
+    double area = 0;
+    for (auto const& t : builder.GetTriangles()) {
+        glm::vec3 const a = CornerPosition(builder, t.a);
+        area += glm::length(glm::cross(CornerPosition(builder, t.b) - a, CornerPosition(builder, t.c) - a)) / 2;
+    }
+    return area;
+}
+
 bool IsEmpty(VertexNormalBuilder& builder) {
     return builder.GetTriangles().empty() && builder.GetCorners().empty() && builder.GetPositions().empty() &&
            builder.GetNormals().empty() && builder.GetTexCoords().empty();
@@ -186,14 +195,20 @@ TEST(VertexNormalBuilder, PrismOf129SidesClosesWithoutAndWithTheFixedBuffer) {
 TEST(VertexNormalBuilder, PlateWithHolesHasTheAreaOfItsFaces) {
     auto const plate = RawPlate(8);
     auto builder = Build(plate, 0.1F);
-    double area = 0;
-    for (auto const& t : builder.GetTriangles()) {
-        glm::vec3 const a = CornerPosition(builder, t.a);
-        area += glm::length(glm::cross(CornerPosition(builder, t.b) - a, CornerPosition(builder, t.c) - a)) / 2;
-    }
     double const hole = 2 * std::sqrt(2.0);
     double const rim = 8 * 2 * std::sin(3.141592653589793 / 8);
-    EXPECT_NEAR(area, 2 * (24 * 3 - 8 * hole) + 2 * 27 + 8 * rim, 1e-4);
+    EXPECT_NEAR(TotalArea(builder), 2 * (24 * 3 - 8 * hole) + 2 * 27 + 8 * rim, 1e-4);
+    EXPECT_NEAR(glm::length(VectorArea(builder)), 0, 1e-4);
+}
+
+TEST(VertexNormalBuilder, HoleListedTwiceIsCutOutOnceAndAddsNoCorner) {
+    auto const plate = RawPlate(1);
+    auto twice = plate;
+    for (auto const& hole : *plate.holes) twice.holes->push_back(hole);
+    auto once = Build(plate, 0.1F);
+    auto builder = Build(twice, 0.1F);
+    EXPECT_EQ(builder.GetCorners().size(), once.GetCorners().size());
+    EXPECT_NEAR(TotalArea(builder), TotalArea(once), 1e-4);
     EXPECT_NEAR(glm::length(VectorArea(builder)), 0, 1e-4);
 }
 
