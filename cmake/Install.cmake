@@ -37,19 +37,21 @@ if(QUORLAN_BUILD_APPS)
                                              INSTALL_RPATH_USE_LINK_PATH ON)
     install(TARGETS quorlan RUNTIME COMPONENT Program)
 
-    # Its manual page is what its help says; completion asks the help too.
+    # The program itself writes its manual page and the completion of the shell.
     if(UNIX AND NOT CMAKE_CROSSCOMPILING)
         set(man_page ${PROJECT_BINARY_DIR}/quorlan.1)
+        set(completion ${PROJECT_BINARY_DIR}/quorlan.bash)
         add_custom_command(
-            OUTPUT ${man_page}
-            COMMAND ${PROJECT_SOURCE_DIR}/packaging/man.sh $<TARGET_FILE:quorlan> ${PROJECT_VERSION} > ${man_page}
-            DEPENDS quorlan ${PROJECT_SOURCE_DIR}/packaging/man.sh
+            OUTPUT ${man_page} ${completion}
+            COMMAND quorlan reference --format man > ${man_page}
+            COMMAND quorlan reference --format bash > ${completion}
+            DEPENDS quorlan
             VERBATIM)
-        add_custom_target(quorlan_man ALL DEPENDS ${man_page})
+        add_custom_target(quorlan_manual ALL DEPENDS ${man_page} ${completion})
         install(FILES ${man_page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT Program)
+        install(FILES ${completion} RENAME quorlan COMPONENT Program
+                DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
     endif()
-    install(FILES ${PROJECT_SOURCE_DIR}/packaging/quorlan.bash RENAME quorlan COMPONENT Program
-            DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions)
 endif()
 
 include(Packaging)

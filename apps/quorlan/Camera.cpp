@@ -105,28 +105,38 @@ void CameraOptions::Declare(CLI::App& app) {
             throw CLI::ValidationError("--size", "'" + text + "' is not WxH, whole numbers from 1 to 16384");
         }
     };
-    app.add_option_function<std::string>("--size", parseSize, "Width and height of the picture [pixels]")
+    std::string const group = "Camera";
+    app.add_option_function<std::string>("--size", parseSize, "Width and height of the picture, 1 to 16384 [pixels]")
         ->type_name("WxH")
-        ->default_str("800x600");
+        ->default_str("800x600")
+        ->group(group);
     std::vector<std::string> names;
     for (auto const& view : kViews) names.emplace_back(view.name);
-    auto* const view = app.add_option("--view", view_,
-                                      "A view fitted to the model: iso, top, bottom, front, back, "
-                                      "left or right")
+    auto* const view = app.add_option("--view", view_, "A view fitted to the model")
                            ->check(CLI::IsMember(names).description(""))
-                           ->type_name("NAME")
-                           ->default_str("iso");
-    auto* const eye = AddNumbers(app, "--eye", eye_, "X,Y,Z", "Where the camera stands")->excludes(view);
+                           ->type_name(CLI::detail::join(names, "|"))
+                           ->default_str("iso")
+                           ->group(group);
+    auto* const eye =
+        AddNumbers(app, "--eye", eye_, "X,Y,Z", "Where the camera stands; with --target, in place of --view")
+            ->excludes(view)
+            ->group(group);
     eye->each([this](std::string const&) { hasEye_ = true; });
-    auto* const target = AddNumbers(app, "--target", target_, "X,Y,Z", "What the camera looks at")->needs(eye);
+    auto* const target =
+        AddNumbers(app, "--target", target_, "X,Y,Z", "What the camera looks at")->needs(eye)->group(group);
     eye->needs(target);
-    AddNumbers(app, "--up", up_, "X,Y,Z", "The direction that is up in the picture, 0,0,1 if not given")->needs(eye);
-    auto* const fov = app.add_option("--fov", fieldOfView_, "A perspective camera: the angle across the larger side");
-    fov->type_name("DEGREES")->check(CLI::Range(0.01, 179.0).description(""));
-    app.add_option("--ortho", unitsPerPixel_, "A parallel camera: metres per pixel")
+    AddNumbers(app, "--up", up_, "X,Y,Z", "With --eye: the direction that is up in the picture")
+        ->needs(eye)
+        ->default_str("0,0,1")
+        ->group(group);
+    auto* const fov = app.add_option(
+        "--fov", fieldOfView_, "A perspective camera: the angle across the larger side; 35 for iso, 60 with --eye");
+    fov->type_name("DEGREES")->check(CLI::Range(0.01, 179.0).description(""))->group(group);
+    app.add_option("--ortho", unitsPerPixel_, "A parallel camera: metres per pixel; fitted for all views but iso")
         ->type_name("SCALE")
         ->check(CLI::PositiveNumber.description(""))
-        ->excludes(fov);
+        ->excludes(fov)
+        ->group(group);
 }
 
 bool CameraOptions::IsPerspective() const {

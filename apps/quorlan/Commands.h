@@ -25,5 +25,6 @@ Run DeclareExtract(CLI::App& app);
 Run DeclareCombine(CLI::App& app);
 Run DeclareResolve(CLI::App& app);
 Run DeclareGuid(CLI::App& app);
+Run DeclareReference(CLI::App& app);
 
 }  // namespace QuorlanProgram

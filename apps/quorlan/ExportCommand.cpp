@@ -54,11 +54,11 @@ Run DeclareExport(CLI::App& app) {
         ->required()
         ->type_name("OUT");
     app.add_option("--crease", settings->creaseDegrees, "Edges sharper than this stay sharp [degrees]")
-        ->check(CLI::Range(0.0, 180.0))
+        ->check(CLI::Range(0.0, 180.0).description(""))
         ->type_name("DEG")
         ->capture_default_str();
     app.add_option("--chord", settings->chordTolerance, "How far chords may keep from their arc [m]")
-        ->check(CLI::PositiveNumber)
+        ->check(CLI::PositiveNumber.description(""))
         ->type_name("M")
         ->capture_default_str();
     app.add_flag("--lod", settings->levelOfDetailLines, "Level-of-detail lines, as thin cylinders, in place of shapes");

@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "reference/Manual.h"
 
 #include <CLI/CLI.hpp>
 
@@ -33,6 +34,7 @@ std::vector<Command> const kCommands = {
     {"combine", "Make one model of several, an entity each", &DeclareCombine},
     {"resolve", "Find the entities that an identifier names", &DeclareResolve},
     {"guid", "Convert GUIDs between their two forms", &DeclareGuid},
+    {"reference", "Write the command reference, the manual page or the completion of the shell", &DeclareReference},
 };
 
 /// Prints one line to stderr.
@@ -77,10 +79,13 @@ int Main(int argc, char** argv) {
     program.set_version_flag("--version", "quorlan " QUORLAN_VERSION);
     program.require_subcommand(1);
     program.get_formatter()->column_width(34);
+    program.footer(ToTerminalText(ManualTextOf("")));
 
     std::vector<Run> runs;
     for (auto const& command : kCommands) {
-        runs.push_back(command.declare(*program.add_subcommand(command.name, command.summary)));
+        auto& app = *program.add_subcommand(command.name, command.summary);
+        app.footer(ToTerminalText(ManualTextOf(command.name)));
+        runs.push_back(command.declare(app));
     }
     try {
         CheckCommandName(argc, argv);

@@ -81,7 +81,7 @@ Run DeclareMesh(CLI::App& app) {
     app.add_option("--definition", settings->definition, "The geometry definition")->required()->type_name("N");
     app.add_option("-o,--output", settings->output, "The mesh to write (.obj)")->required()->type_name("OUT");
     app.add_option("--crease", settings->creaseDegrees, "Edges sharper than this stay sharp [degrees]")
-        ->check(CLI::Range(0.0, 180.0))
+        ->check(CLI::Range(0.0, 180.0).description(""))
         ->type_name("DEG")
         ->capture_default_str();
     return [settings] { return RunMesh(*settings); };

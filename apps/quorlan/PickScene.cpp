@@ -41,14 +41,17 @@ ViewProjection MoveView(ViewProjection view, Vertex const& shift) {
 }  // namespace
 
 void VisibilityOptions::Declare(CLI::App& app) {
-    app.add_option("--hide", hiddenGuids, "An entity to look through; may be repeated")
+    std::string const group = "Looked through";
+    app.add_option("--hide", hiddenGuids, "An entity; may be repeated")
         ->type_name("GUID")
-        ->allow_extra_args(false);
-    app.add_option("--disable-layer", disabledLayers, "A layer to look through; may be repeated")
+        ->allow_extra_args(false)
+        ->group(group);
+    app.add_option("--disable-layer", disabledLayers, "A layer, by its exact name; may be repeated")
         ->type_name("NAME")
-        ->allow_extra_args(false);
-    AddNumberLists(app, "--clip", clippingPlanes, "NX,NY,NZ,D",
-                   "Cut away the points p with N * p > D; may be repeated");
+        ->allow_extra_args(false)
+        ->group(group);
+    AddNumberLists(app, "--clip", clippingPlanes, "NX,NY,NZ,D", "Cut away the points p with N * p > D; may be repeated")
+        ->group(group);
 }
 
 PickScene::PickScene(ModelFile const& model, VisibilityOptions const& visibility)

@@ -143,16 +143,16 @@ Run DeclareRender(CLI::App& app) {
                                                     {"normal", ColorMode::Normal}};
     app.add_option("model", settings->model, "The model to read (.qln)")->required()->type_name("");
     app.add_option("-o,--output", settings->output, "The picture to write (.png)")->required()->type_name("OUT");
-    app.add_option("--color", settings->mode,
-                   "What colours tell: material, entity (plain, one colour each), layer or normal")
+    app.add_option("--color", settings->mode, "What colours tell")
         ->transform(CLI::CheckedTransformer(modes).description(""))
-        ->type_name("WHAT")
+        ->type_name("material|entity|layer|normal")
         ->default_str("material");
     app.add_option("--legend", settings->legend, "With --color entity: a file (.json) that says whose colour is whose")
         ->type_name("OUT");
     auto* const picked = app.add_flag("--picked", settings->picked, "Show what the pickers see, no more and no less");
     app.add_flag("--shadows", settings->shadows, "Cast shadows with --picked too, with a ray more per surface");
-    app.add_option("--samples", settings->samples, "Rays per pixel where neighbours differ, 1 to 256")
+    app.add_option("--samples", settings->samples,
+                   "Rays per pixel where neighbours differ, 1 to 256; not with --picked")
         ->type_name("N")
         ->check(CLI::Range(1u, 256u).description(""))
         ->capture_default_str()

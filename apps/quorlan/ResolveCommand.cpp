@@ -77,7 +77,7 @@ Run DeclareResolve(CLI::App& app) {
         ->required()
         ->type_name("TEXT");
     app.add_option("--tolerance", settings->tolerance, "How far each number of a box or key may be off [m]")
-        ->check(CLI::NonNegativeNumber)
+        ->check(CLI::NonNegativeNumber.description(""))
         ->type_name("M")
         ->capture_default_str();
     return [settings] { return RunResolve(*settings); };

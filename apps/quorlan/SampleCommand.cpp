@@ -39,7 +39,8 @@ Run DeclareSample(CLI::App& app) {
     app.add_option("--seed", settings->seed, "Another seed, other rooms, furniture and trees")
         ->type_name("S")
         ->capture_default_str();
-    AddNumbers(app, "--origin", settings->origin, "X,Y,Z", "Where the building's corner stands [m]");
+    AddNumbers(app, "--origin", settings->origin, "X,Y,Z", "Where the building's south-west corner stands [m]")
+        ->default_str("0,0,0");
     return [settings] { return RunSample(*settings); };
 }
 

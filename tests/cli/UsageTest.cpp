@@ -6,8 +6,8 @@ namespace Quorlan::Testing {
 namespace {
 
 std::vector<std::string> const kCommands = {
-    "sample", "info",   "validate", "boxes",  "placements", "quantities", "lod",     "lines", "mesh", "export",
-    "pick",   "render", "merge",    "squash", "extract",    "combine",    "resolve", "guid",  "diff"};
+    "sample", "import", "info",   "validate", "boxes",  "placements", "quantities", "lod",     "lines", "mesh",
+    "export", "pick",   "render", "merge",    "squash", "extract",    "combine",    "resolve", "guid",  "diff"};
 
 TEST(Usage, VersionIsTheProjects) {
     auto const run = RunQuorlan({"--version"});
@@ -27,17 +27,46 @@ TEST(Usage, HelpNamesEveryCommandAndEveryCommandHasHelp) {
     }
 }
 
-TEST(Usage, TheCommandReferenceNamesEveryOption) {
+TEST(Usage, TheCommandReferenceIsWhatTheProgramWrites) {
     auto const bytes = ReadBytes(QUORLAN_COMMAND_REFERENCE);
-    std::string const reference(bytes.begin(), bytes.end());
-    std::regex const option("--[a-z][a-z-]*");
+    auto const written = RunQuorlan({"reference"});
+    EXPECT_EQ(written.exitCode, 0) << written.err;
+    EXPECT_TRUE(std::string(bytes.begin(), bytes.end()) == written.out)
+        << "the program has changed: quorlan reference >docs/commands.md (texts: apps/quorlan/reference)";
+}
+
+TEST(Usage, ReferencePageAndCompletionNameEveryOptionOfTheHelp) {
+    auto const reference = RunQuorlan({"reference"}).out;
+    auto const completion = RunQuorlan({"reference", "--format", "bash"}).out;
+    auto const page = std::regex_replace(RunQuorlan({"reference", "--format", "man"}).out, std::regex(R"(\\-)"), "-");
+    std::regex const option("\n  (-[a-z],)?(--[a-z-]+)");
     for (auto const& command : kCommands) {
-        EXPECT_NE(reference.find("quorlan " + command + " "), std::string::npos) << command;
         auto const help = RunQuorlan({command, "--help"}).out;
         for (std::sregex_iterator i(help.begin(), help.end(), option), end; i != end; ++i) {
-            EXPECT_NE(reference.find(i->str()), std::string::npos) << command << " " << i->str();
+            auto const name = (*i)[2].str();
+            for (auto const& text : {reference, completion, page}) {
+                EXPECT_NE(text.find(name), std::string::npos) << command << " " << name;
+            }
         }
+        EXPECT_NE(reference.find("\n## " + command + "\n"), std::string::npos) << command;
+        EXPECT_NE(page.find("\n.SS quorlan " + command), std::string::npos) << command;
+        EXPECT_NE(completion.find("\n        " + command + ") "), std::string::npos) << command;
     }
+}
+
+TEST(Usage, EveryCommandHasATextOfItsOwn) {
+    auto const reference = RunQuorlan({"reference"}).out;
+    for (auto const& command : kCommands) {
+        auto const begin = reference.find("\n## " + command + "\n");
+        auto const end = reference.find("\n## ", begin + 1);
+        auto const section = reference.substr(begin, end - begin);
+        auto const lastTable = section.rfind(" |\n");
+        EXPECT_GT(section.size() - lastTable, 20u) << section;
+    }
+}
+
+TEST(Usage, TheReferenceIsNoCommandOfTheHelp) {
+    EXPECT_EQ(RunQuorlan({"--help"}).out.find("\n  reference "), std::string::npos);
 }
 
 TEST(Usage, WrongUsageGivesTheReasonAndTheUsage) {
@@ -81,6 +110,7 @@ TEST(Usage, WrongUsageGivesTheReasonAndTheUsage) {
         {"render", "a.qln", "-o", "a.png", "--color", "mood"},
         {"render", "a.qln", "-o", "a.png", "--legend", "a.json"},
         {"guid"},
+        {"reference", "--format", "html"},
         {"merge", "a.qln", "-o", "b.qln"},
         {"merge", "a.qln", "b.qln"},
         {"squash", "a.qln", "b.qln"},

@@ -15,5 +15,9 @@ complete_line "$1" rend
 [ "${COMPREPLY[*]}" = render ]
 complete_line "$1" render --siz
 [ "${COMPREPLY[*]}" = --size ]
+complete_line "$1" render model.qln --color ent
+[ "${COMPREPLY[*]}" = entity ]
+complete_line "$1" pick model.qln --format ''
+[ "${COMPREPLY[*]}" = "text json" ]
 complete_line "$1" render model
 [ "${COMPREPLY[*]}" = "" ]
