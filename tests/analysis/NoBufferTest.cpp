@@ -13,6 +13,8 @@
 
 #include <gtest/gtest.h>
 
+#include <string>
+
 namespace {
 
 using namespace Quorlan;
@@ -26,7 +28,14 @@ class NoBuffer : public testing::Test {};
 using Tools_t = testing::Types<Tools::BoundingBoxBuilder, Tools::PlacementBuilder, Tools::GraphicsContainerBuilder,
                                Tools::InstancesByEntitiesBuilder, Tools::QaabBuilder, Tools::LodLineBuilder,
                                Tools::LodLineBRepBuilder>;
-TYPED_TEST_SUITE(NoBuffer, Tools_t);
+
+struct ToolNumbers {
+    template <class Tool>
+    static std::string GetName(int number) {
+        return std::to_string(number);
+    }
+};
+TYPED_TEST_SUITE(NoBuffer, Tools_t, ToolNumbers);
 
 TYPED_TEST(NoBuffer, FailsAsAnyOtherBytesThatAreNoModelDo) {
     TypeParam tool;
