@@ -102,8 +102,8 @@ public:
     virtual ~ModelBuilder();
 
     /// The model buffer of everything written so far; of nothing, a valid empty model. May be called at any time and
-    /// again. Instances whose definition or entity is `kInvalidIndex` are left out. THROWS std::length_error if the
-    /// buffer would reach 2 GiB.
+    /// again. Instances whose definition or entity is `kInvalidIndex` are left out. THROWS
+    /// std::bad_array_new_length, a std::bad_alloc, if the buffer would reach 2 GiB.
     virtual std::vector<char> Create() const;
 
     virtual ILayerWriter& GetLayerWriter();

@@ -18,8 +18,9 @@ namespace Quorlan {
 class QUORLAN_TOOLS_API ModelStorage {
 public:
     /// Opens `buffer` after checking that it is a model: the identifier, the root, the entities with their records and
-    /// the geometry are there, the FlatBuffers verifier passes, and the placement, entity and definition of every
-    /// instance exist. No sequence of bytes does harm. Nothing else need be there; what is missing reads as none.
+    /// the geometry are there, the FlatBuffers verifier passes, the placement, entity and definition of every
+    /// instance exist, and shapes and texts are not named so often that a copy of the model would hold more than 64
+    /// times the buffer. No sequence of bytes does harm. Nothing else need be there; what is missing reads as none.
     ///
     /// Buffers of 2 GiB and more are refused. COST: one copy and one pass over the buffer.
     static ModelStorage FromBuffer(std::vector<char> const& buffer);

@@ -12,12 +12,9 @@ namespace Schema {
 struct Model;
 }
 
-/// The root of a buffer whose structure is sound, or null: it has the identifier, passes the FlatBuffers verifier with
-/// limits that follow from its size, holds its vectors at addresses that fit their elements, and has entities with
-/// records and a geometry. No index in it has been looked at. REQUIRES: the buffer's bytes are aligned to 8.
-Schema::Model const* VerifyUntrustedModel(std::vector<char> const& buffer);
-
-/// The same, and the placement, entity and definition of every instance exist: safe to read.
+/// The root of a buffer that is safe to read, or null: its structure is sound (`VerifyBuffer`), the placement, entity
+/// and definition of every instance exist, and a copy of it is bounded (`IsCopyBounded`). REQUIRES: the buffer's
+/// bytes are aligned to 8.
 Schema::Model const* OpenUntrustedModel(std::vector<char> const& buffer);
 
 }  // namespace Quorlan

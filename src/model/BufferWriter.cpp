@@ -3,7 +3,7 @@
 #include "model/BufferGate.h"
 
 #include <algorithm>
-#include <stdexcept>
+#include <new>
 
 namespace Quorlan {
 namespace {
@@ -15,10 +15,11 @@ using flatbuffers::Vector;
 /// [bytes] What the tables around the content may take at most.
 constexpr std::size_t kTailSize = 4096;
 
-/// FlatBuffers itself only asserts that a buffer stays below 2 GiB.
+/// FlatBuffers itself only asserts that a buffer stays below 2 GiB. What cannot be had in one piece is a failed
+/// allocation, so that readers and writers of foreign models throw nothing else.
 void RequireSpace(FlatBufferBuilder const& builder, std::size_t bytes) {
     if (bytes >= kMaxBufferSize - kTailSize || builder.GetSize() >= kMaxBufferSize - kTailSize - bytes) {
-        throw std::length_error("a model buffer cannot reach 2 GiB");
+        throw std::bad_array_new_length();
     }
 }
 

@@ -18,7 +18,7 @@ struct ModelContent {
     PropertyWriter const& properties;
 };
 
-/// The model buffer of the content. THROWS std::length_error if it would reach 2 GiB.
+/// The model buffer of the content. THROWS std::bad_array_new_length if it would reach 2 GiB.
 std::vector<char> WriteModelBuffer(ModelContent const& content);
 
 }  // namespace Quorlan

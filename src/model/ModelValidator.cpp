@@ -1,4 +1,5 @@
 #include "model/BufferGate.h"
+#include "model/BufferVerifier.h"
 #include "model/ModelView.h"
 #include "model/PropertyValue.h"
 
@@ -6,8 +7,8 @@
 #include <Quorlan/ModelValidator.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
+#include <numeric>
 #include <string>
 
 namespace Quorlan {
@@ -25,31 +26,29 @@ constexpr std::uint32_t kMinLoopLength = 3;
 constexpr std::uint32_t kMaxLoopLength = 65536;
 constexpr std::uint32_t kMaxFaceCount = 262144;  ///< twice what a closed surface over 65,536 vertices can have
 
-/// Texts, textures and shapes may be named several times. Tools and writers read them each time, so that a small buffer
-/// could stand for any amount of content: all in all it may be this many times as large as the buffer.
-constexpr std::uint64_t kMaxContentFactor = 64;
-
 using LoopVector = flatbuffers::Vector<std::uint16_t>;
 
 /// Walks one verified model and notes what is out of range, each with its place.
 class ModelCheck {
 public:
-    ModelCheck(Schema::Model const& model, std::size_t size, std::vector<std::string>& problems)
-        : model_(model), geometry_(*model.geometry()), size_(size), problems_(problems) {}
+    ModelCheck(VerifiedModel const& verified, std::size_t size, std::vector<std::string>& problems)
+        : verified_(verified),
+          model_(*verified.root),
+          geometry_(*model_.geometry()),
+          size_(size),
+          problems_(problems) {}
 
     void Run() {
         CheckEntities();
         CheckInstances();
         CheckDefinitions();
         CheckMaterials();
-        CheckBReps("facetedBRep", kFacetedBRep, geometry_.facetedBReps());
-        CheckBReps("brepWithUV", kBRepWithUV, geometry_.brepsWithUV());
-        CheckBReps("brepWithNormal", kBRepWithNormal, geometry_.brepsWithNormal());
-        CheckGraphics();
+        CheckBReps("facetedBRep", geometry_.facetedBReps());
+        CheckBReps("brepWithUV", geometry_.brepsWithUV());
+        CheckBReps("brepWithNormal", geometry_.brepsWithNormal());
         if (model_.ownerHistories() != nullptr) CheckOwnerHistories(*model_.ownerHistories());
         if (model_.properties() != nullptr) CheckProperties(*model_.properties());
-        if (contentSize_ > size_) Add("shapes share bytes: their parts add up to more than the buffer");
-        CheckUsedSize();
+        CheckSizes();
     }
 
 private:
@@ -124,64 +123,16 @@ private:
         }
     }
 
-    /// The bytes of everything that is named, each as often as it is named. Runs last: it looks at indices that lead
-    /// somewhere only.
-    void CheckUsedSize() {
-        CountTexts();
-        for (std::uint32_t i = 0; i < CountOf(geometry_.layers()); ++i) usedSize_ += geometry_.layers()->Get(i)->size();
-        for (std::uint32_t i = 0; i < CountOf(geometry_.textures()); ++i) {
-            usedSize_ += CountOf(geometry_.textures()->Get(i)->data());
+    void CheckSizes() {
+        std::uint64_t shapesSize = 0;
+        for (auto const& sizes : verified_.shapeSizes) {
+            shapesSize = std::accumulate(sizes.begin(), sizes.end(), shapesSize);
         }
-        for (std::uint32_t i = 0; i < CountOf(geometry_.definitions()); ++i) {
-            auto const& definition = *geometry_.definitions()->Get(i);
-            auto const& sizes = shapeSizes_[definition.kind() < shapeSizes_.size() ? definition.kind() : 0];
-            if (definition.kindIndex() < sizes.size()) usedSize_ += sizes[definition.kindIndex()];
-        }
-        if (usedSize_ > kMaxContentFactor * size_) {
-            Add("texts, textures or shapes are named so often that they add up to " + std::to_string(usedSize_) +
+        if (shapesSize > size_) Add("shapes share bytes: their parts add up to more than the buffer");
+        std::uint64_t const usedSize = ComputeCopiedSize(verified_) + ComputePropertySize(verified_);
+        if (usedSize > kMaxContentFactor * size_) {
+            Add("texts, textures or shapes are named so often that they add up to " + std::to_string(usedSize) +
                 " bytes");
-        }
-    }
-
-    using Strings = flatbuffers::Vector<flatbuffers::Offset<flatbuffers::String>>;
-
-    void CountText(Strings const* texts, std::uint64_t index) {
-        if (index < CountOf(texts)) usedSize_ += texts->Get(static_cast<std::uint32_t>(index))->size();
-    }
-
-    void CountTexts() {
-        auto const& entities = *model_.entities();
-        for (auto const* const record : *entities.records()) {
-            CountText(entities.texts(), record->textReference());
-            if (record->identifierKind() % 2 == 1) {
-                CountText(entities.identifierTexts(), record->identifierReference());
-            }
-        }
-        if (model_.properties() != nullptr) {
-            auto const* const strings = model_.properties()->strings();
-            for (std::uint32_t i = 0; i < CountOf(model_.properties()->entries()); ++i) {
-                auto const& entry = *model_.properties()->entries()->Get(i);
-                CountText(strings, entry.set());
-                CountText(strings, entry.name());
-                if (entry.valueKind() == kTextProperty) CountText(strings, entry.value());
-            }
-        }
-        if (model_.ownerHistories() != nullptr) CountOwnerTexts(*model_.ownerHistories());
-    }
-
-    void CountOwnerTexts(Schema::OwnerHistories const& histories) {
-        auto const sizeOf = [](flatbuffers::String const* text) { return text == nullptr ? 0 : text->size(); };
-        for (std::uint32_t i = 0; i < CountOf(histories.links()); ++i) {
-            std::uint32_t const index = histories.links()->Get(i)->reference();
-            if (index >= CountOf(histories.histories())) continue;
-            auto const& history = *histories.histories()->Get(index);
-            usedSize_ += sizeOf(history.lastModifyingUser());
-            usedSize_ += sizeOf(history.lastModifyingApplication());
-            if (history.part() >= CountOf(histories.parts())) continue;
-            auto const& part = *histories.parts()->Get(history.part());
-            usedSize_ += sizeOf(part.user());
-            usedSize_ += sizeOf(part.organization());
-            usedSize_ += sizeOf(part.application());
         }
     }
 
@@ -197,20 +148,15 @@ private:
     }
 
     template <class Table>
-    void CheckBReps(char const* name, DefinitionKind kind,
-                    flatbuffers::Vector<flatbuffers::Offset<Table>> const* tables) {
-        shapeSizes_[kind].reserve(CountOf(tables));
+    void CheckBReps(char const* name, flatbuffers::Vector<flatbuffers::Offset<Table>> const* tables) {
         for (std::uint32_t i = 0; i < CountOf(tables); ++i) {
             auto const place = [name, i] { return std::string(name) + " " + std::to_string(i); };
-            std::uint64_t const before = contentSize_;
             CheckBRep(place, BRepView(*tables->Get(i)));
-            shapeSizes_[kind].push_back(contentSize_ - before);
         }
     }
 
     template <class Place>
     void CheckBRep(Place const& place, BRepView const& brep) {
-        contentSize_ += std::uint64_t{brep.vertexCount} * brep.vertexStride;
         if (brep.vertices == nullptr) Add(place() + ": no vertices");
         if (brep.vertexCount > kMaxVertexCount) Add(place() + ": more than 65536 vertices");
         if (CountOf(brep.faces) > kMaxFaceCount) Add(place() + ": more than 262144 faces");
@@ -227,7 +173,6 @@ private:
 
     template <class Place>
     void CheckLoop(Place const& place, LoopVector const* loop, std::uint32_t vertexCount) {
-        contentSize_ += CountOf(loop) * sizeof(std::uint16_t);
         if (loop == nullptr) {
             Add(place() + ": no loop");
             return;
@@ -238,16 +183,6 @@ private:
         auto const wrong =
             std::find_if(loop->begin(), loop->end(), [vertexCount](std::uint16_t v) { return v >= vertexCount; });
         if (wrong != loop->end()) CheckIndex(place, "vertex index", *wrong, vertexCount);
-    }
-
-    void CheckGraphics() {
-        auto const* const containers = geometry_.graphicsContainers();
-        for (std::uint32_t i = 0; i < CountOf(containers); ++i) {
-            auto const& container = *containers->Get(i);
-            shapeSizes_[kGraphicsContainer].push_back(CountOf(container.segments()) * sizeof(Schema::LineSegment) +
-                                                      CountOf(container.arcs()) * sizeof(Schema::ArcSegment));
-            contentSize_ += shapeSizes_[kGraphicsContainer].back();
-        }
     }
 
     void CheckOwnerHistories(Schema::OwnerHistories const& histories) {
@@ -282,12 +217,10 @@ private:
         }
     }
 
+    VerifiedModel const& verified_;
     Schema::Model const& model_;
     Schema::Geometry const& geometry_;
     std::size_t size_;
-    std::uint64_t contentSize_ = 0;  ///< [bytes] of all shapes; more than the buffer where they overlap
-    std::uint64_t usedSize_ = 0;     ///< [bytes] of all content, as often as it is named
-    std::array<std::vector<std::uint64_t>, kBRepWithNormal + 1> shapeSizes_;  ///< [bytes] by kind and index
     std::vector<std::string>& problems_;
 };
 
@@ -303,12 +236,12 @@ bool ModelValidator::Build(std::vector<char> const& buffer) {
         problems_.emplace_back("buffer: 2 GiB or more");
         return false;
     }
-    auto const* const model = VerifyUntrustedModel(buffer);
-    if (model == nullptr) {
+    auto const model = VerifyBuffer(buffer);
+    if (model.root == nullptr) {
         problems_.emplace_back("buffer: damaged or truncated (offsets, vectors or required tables are wrong)");
         return false;
     }
-    ModelCheck(*model, buffer.size(), problems_).Run();
+    ModelCheck(model, buffer.size(), problems_).Run();
     return problems_.empty();
 }
 

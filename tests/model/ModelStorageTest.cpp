@@ -151,6 +151,46 @@ TEST(ModelStorage, AShapeWithALoopBeyondItsVerticesReadsAsNone) {
     EXPECT_TRUE(out.vertices.empty());
 }
 
+// A few bytes must not stand for any amount of content in what is copied from the model.
+TEST(ModelStorage, AShapeThatIsNamedWithoutEndIsAnError) {
+    RawModel model;
+    model.facetedBReps.emplace();
+    auto shape = Testing::RawBox({0, 0, 0}, {1, 1, 1});
+    shape.vertices->resize(10000);
+    model.AddInstance(model.AddEntity(), model.AddBRep(shape), {});
+    auto const definition = model.definitions->front();
+    model.definitions->assign(60, definition);
+    EXPECT_FALSE(ModelStorage::FromBuffer(model.Write()).HasError());
+    model.definitions->assign(200, definition);
+    EXPECT_TRUE(ModelStorage::FromBuffer(model.Write()).HasError());
+}
+
+TEST(ModelStorage, WhatTheWriterStoresOnceMayBeNamedWithoutEnd) {
+    ModelBuilder builder;
+    std::string const text(100000, 'x');
+    auto& histories = builder.GetOwnerHistoryWriter();
+    auto const part = histories.AddOwnerPart({text, text, text});
+    for (int i = 0; i < 200; ++i) {
+        auto const entity = builder.GetEntityWriter().AddEntityWithoutIdentifier(L"", {});
+        builder.GetPropertyWriter().AddProperty(entity, {"set", "name", text});
+        histories.LinkOwnerHistory(entity, histories.AddOwnerHistory(part, histories.AddOwnerHistoryRecord({}), {}));
+    }
+    EXPECT_FALSE(ModelStorage::FromBuffer(builder.Create()).HasError());
+}
+
+TEST(ModelStorage, AnOwnerHistoryThatIsLinkedWithoutEndIsAnError) {
+    auto const write = [](int links) {
+        ModelBuilder builder;
+        auto const entity = builder.GetEntityWriter().AddEntityWithoutIdentifier(L"", {});
+        auto& histories = builder.GetOwnerHistoryWriter();
+        auto const history = histories.AddOwnerHistory(0, 0, {std::string(100000, 'x'), ""});
+        for (int i = 0; i < links; ++i) histories.LinkOwnerHistory(entity, history);
+        return builder.Create();
+    };
+    EXPECT_FALSE(ModelStorage::FromBuffer(write(60)).HasError());
+    EXPECT_TRUE(ModelStorage::FromBuffer(write(200)).HasError());
+}
+
 TEST(ModelStorage, MoreThanAMillionTablesOpen) {
     FacetedBRep shape;
     shape.vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};

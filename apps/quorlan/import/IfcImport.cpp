@@ -16,8 +16,8 @@
 #include <ifcpp/model/BuildingModel.h>
 
 #include <chrono>
+#include <new>
 #include <set>
-#include <stdexcept>
 #include <unordered_map>
 
 #include "BodyWriter.h"
@@ -223,7 +223,7 @@ ImportResult ImportIfc(std::string_view text, ImportOptions const& options) {
     auto const shapeStart = Clock::now();
     try {
         result.model = Importer(model, ReadUnits(*model->getIfcProject()), options, report, log).Run(options.progress);
-    } catch (std::length_error const&) {
+    } catch (std::bad_array_new_length const&) {
         return Failed("the model is too large: a model buffer holds less than 2 GiB");
     }
     CutCycles(*model);
