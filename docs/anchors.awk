@@ -1,8 +1,18 @@
-# Gives the headings of a page the anchors that its Markdown links mean, for Doxygen, which sees all pages as one.
+# Makes of a page what Doxygen understands, which sees all pages as one folder: headings get the anchors that Markdown
+# links mean, pictures lose their folder, and links to files that are no pages become plain text.
 function page_of(path) {
     sub(/.*\//, "", path)
     sub(/\.md$/, "", path)
     return path
+}
+
+function rewritten(label, target,    part) {
+    if (target ~ /^[a-z]+:/) return "[" label "](" target ")"
+    if (target ~ /#/) {
+        split(target, part, "#")
+        return "[" label "](#" page_of(part[1] == "" ? FILENAME : part[1]) "_" part[2] ")"
+    }
+    return target ~ /\.md$/ ? "[" label "](" target ")" : label
 }
 
 /^```/ { inCode = !inCode }
@@ -15,10 +25,19 @@ function page_of(path) {
 }
 !inCode {
     line = ""
-    while (match($0, /\]\([^)#:]*#[^)]*\)/)) {
-        split(substr($0, RSTART + 2, RLENGTH - 3), target, "#")
-        line = line substr($0, 1, RSTART - 1) "](#" page_of(target[1] == "" ? FILENAME : target[1]) "_" target[2] ")"
+    while (match($0, /\[[^]]*\]\([^)]*\)/)) {
+        found = substr($0, RSTART, RLENGTH)
+        before = substr($0, 1, RSTART - 1)
         $0 = substr($0, RSTART + RLENGTH)
+        middle = index(found, "](")
+        label = substr(found, 2, middle - 2)
+        target = substr(found, middle + 2, length(found) - middle - 2)
+        if (before ~ /!$/) {
+            sub(/.*\//, "", target)
+            line = line before "[" label "](" target ")"
+        } else {
+            line = line before rewritten(label, target)
+        }
     }
     $0 = line $0
 }

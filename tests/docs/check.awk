@@ -1,5 +1,5 @@
-# Checks pages of the documentation: relative links lead to files, and code that is said to come from a file stands there
-# line by line, indentation aside. Run it in the folder of the pages.
+# Checks pages of the documentation: relative links lead to files and headings, and code that is said to come from a file stands there
+# line by line, indentation aside.
 #
 #     awk -v root=/path/of/the/project -f check.awk PAGE...
 
@@ -26,14 +26,34 @@ function stands_in(path,    line, count, lines, i, k) {
     return 0
 }
 
-function check_links(line,    target) {
+function folder_of(path) { return path ~ /\// ? substr(path, 1, match(path, /\/[^\/]*$/)) : "" }
+
+function anchor_of(heading) {
+    heading = tolower(heading)
+    sub(/^#+ /, "", heading)
+    gsub(/[^a-z0-9 _-]/, "", heading)
+    gsub(/ /, "-", heading)
+    return heading
+}
+
+# Whether the page has a heading of this anchor.
+function has_anchor(path, anchor,    line, found) {
+    while ((getline line < path) > 0) if (line ~ /^#/ && anchor_of(line) == anchor) found = 1
+    close(path)
+    return found
+}
+
+function check_links(line,    target, part, path) {
+    gsub(/`[^`]*`/, "", line)  # what stands in code is no link
     while (match(line, /\]\([^)]*\)/)) {
         target = substr(line, RSTART + 2, RLENGTH - 3)
         line = substr(line, RSTART + RLENGTH)
-        sub(/#.*/, "", target)
-        if (target == "" || target ~ /^[a-z]+:/) continue
+        if (target ~ /^[a-z]+:/) continue
         links++
-        if (system("test -e '" target "'") != 0) complain("no such file: " target)
+        split(target, part, "#")
+        path = part[1] == "" ? FILENAME : folder_of(FILENAME) part[1]
+        if (system("test -e '" path "'") != 0) complain("no such file: " target)
+        else if (part[2] != "" && !has_anchor(path, part[2])) complain("no such heading: " target)
     }
 }
 
