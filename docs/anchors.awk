@@ -12,7 +12,7 @@ function rewritten(label, target,    part) {
         split(target, part, "#")
         return "[" label "](#" page_of(part[1] == "" ? FILENAME : part[1]) "_" part[2] ")"
     }
-    return target ~ /\.md$/ ? "[" label "](" target ")" : label
+    return target ~ /\.md$/ && target !~ /\/README\.md$/ ? "[" label "](" target ")" : label
 }
 
 /^```/ { inCode = !inCode }

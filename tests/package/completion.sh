@@ -3,6 +3,7 @@
 #
 # usage: completion.sh PROGRAM SCRIPT
 set -eu
+# shellcheck disable=SC1090 # as it was written by the program
 . "$2"
 complete_line() {
     COMP_WORDS=("$@")
