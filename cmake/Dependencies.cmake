@@ -10,7 +10,6 @@ set(flatbuffers_target flatbuffers::flatbuffers_shared)
 if(NOT TARGET ${flatbuffers_target})
     set(flatbuffers_target flatbuffers::flatbuffers)  # a static build
 endif()
-get_target_property(flatbuffers_includes ${flatbuffers_target} INTERFACE_INCLUDE_DIRECTORIES)
-if(flatbuffers_includes)
-    target_include_directories(quorlan_flatbuffers SYSTEM INTERFACE ${flatbuffers_includes})
-endif()
+# As an expression, which also sees the folders of the targets behind it (package managers put some between).
+target_include_directories(quorlan_flatbuffers SYSTEM
+                           INTERFACE $<TARGET_PROPERTY:${flatbuffers_target},INTERFACE_INCLUDE_DIRECTORIES>)
