@@ -23,43 +23,16 @@ CopiedDefinitions ContentCopier::CopyDefinitions(IGeometryReader const& source, 
     CopiedDefinitions copied;
     copied.indices.assign(wanted.size(), kInvalidIndex);
     copied.moveOf.assign(wanted.size(), kInvalidIndex);
+    definitions_.SetSource(source, wanted);
     for (std::uint32_t definition = 0; definition < wanted.size(); ++definition) {
         if (!wanted[definition]) continue;
         std::optional<DefinitionMove> move;
-        copied.indices[definition] = CopyDefinition(source, definition, move);
+        copied.indices[definition] = definitions_.Copy(definition, move);
         if (!move) continue;
         copied.moveOf[definition] = static_cast<std::uint32_t>(copied.moves.size());
         copied.moves.push_back(*move);
     }
     return copied;
-}
-
-std::uint32_t ContentCopier::CopyDefinition(IGeometryReader const& source, std::uint32_t definition,
-                                            std::optional<DefinitionMove>& move) {
-    AffineTransform writtenFromSource;
-    auto const add = [&](auto const& content, auto const& shape) {
-        auto const index = static_cast<std::uint32_t>(definitions_.Add(content, &writtenFromSource));
-        if (index != kInvalidIndex) move = FindMove(writtenFromSource, shape);
-        return index;
-    };
-    switch (source.GetDefinitionKind(definition)) {
-        case 1:
-            if (!source.GetFacetedBRep(shape_.first, definition)) break;
-            return add(shape_.first, shape_.first);
-        case 5:
-            if (!source.GetGraphicsContainer(graphics_, definition)) break;
-            return add(graphics_, graphics_);
-        case 6:
-            if (!source.GetFacetedBRep(shapeWithUVs_.first, definition)) break;
-            source.GetTextureCoordinates(shapeWithUVs_.second, definition);
-            return add(shapeWithUVs_, shapeWithUVs_.first);
-        case 7:
-            if (!source.GetFacetedBRep(shape_.first, definition)) break;
-            source.GetVertexNormals(shape_.second, definition);
-            return add(shape_, shape_.first);
-        default: break;
-    }
-    return kInvalidIndex;
 }
 
 std::vector<std::uint32_t> ContentCopier::CopyMaterials(IGeometryReader const& source,

@@ -1,18 +1,13 @@
 #pragma once
 
-#include "increments/DefinitionMove.h"
+#include "increments/DefinitionCopier.h"
 
-#include <GeometryObjectLib/FacetedBRep.h>
-#include <GeometryObjectLib/GraphicsContainer.h>
 #include <Quorlan/IModelReader.h>
 #include <Quorlan/ModelBuilder.h>
-#include <Tools/UniqueGeometryDefinitionBuilder.h>
 
 #include <cstdint>
-#include <optional>
 #include <string>
 #include <unordered_map>
-#include <utility>
 #include <vector>
 
 namespace Quorlan::Tools::Increments {
@@ -37,6 +32,9 @@ class ContentCopier {
 public:
     explicit ContentCopier(ModelBuilder& target);
 
+    /// From now on the bytes of sources outlive the target, which need not copy their shapes before it writes.
+    void BorrowShapes() { definitions_.BorrowShapes(); }
+
     CopiedDefinitions CopyDefinitions(IGeometryReader const& source, std::vector<bool> const& wanted);
 
     /// Copies materials and the textures that they use, textures first. RETURNS the new indices by source index.
@@ -46,24 +44,17 @@ public:
     std::vector<std::uint32_t> CopyLayers(IGeometryReader const& source, std::vector<bool> const& wanted);
 
 private:
-    std::uint32_t CopyDefinition(IGeometryReader const& source, std::uint32_t definition,
-                                 std::optional<DefinitionMove>& move);
     std::vector<std::uint32_t> CopyTextures(IGeometryReader const& source, std::vector<bool> const& wanted);
 
     template <class Write>
     std::uint32_t WriteOnce(std::string const& content, Write write);
 
     ModelBuilder& target_;
-    UniqueGeometryDefinitionBuilder definitions_;
+    DefinitionCopier definitions_;
     ITextureWriter& textures_;
 
     /// The index of each material, texture and layer that was written, by its kind and its bytes.
     std::unordered_map<std::string, std::uint32_t> written_;
-
-    // Read into again and again, so that a whole model is copied without an allocation per shape.
-    std::pair<FacetedBRep, std::vector<Vertex>> shape_;
-    std::pair<FacetedBRep, std::vector<std::pair<float, float>>> shapeWithUVs_;
-    GraphicsContainer graphics_;
 };
 
 /// `indices[index]`, and none for an index that leads nowhere.

@@ -1,11 +1,17 @@
 #pragma once
 
+#include "model/LargePages.h"
+
 #include <Quorlan/Guid.h>
 #include <Quorlan/IModelReader.h>
 
 #include <cstddef>
 #include <cstdint>
 #include <vector>
+
+namespace Quorlan {
+class BufferModelReader;
+}
 
 namespace Quorlan::Tools::Increments {
 
@@ -23,21 +29,29 @@ public:
         _GUID guid;
         OwnerHistoryChangeAction action;
         EntityIndex_t entity;
+        std::uint64_t hash;  ///< of the GUID
     };
 
     explicit EntityGuidIndex(IModelReader const& reader);
 
     /// RETURNS null if no entity has this GUID. COST: constant.
-    entry_s const* Find(_GUID const& guid) const;
+    entry_s const* Find(_GUID const& guid) const { return Find(guid, HashGuid(guid)); }
+
+    /// The same for an entry of another index, whose hash is known.
+    entry_s const* Find(entry_s const& entry) const { return Find(entry.guid, entry.hash); }
 
     /// In ascending order of the entities.
-    std::vector<entry_s> const& GetEntries() const { return entries_; }
+    LargeVector<entry_s> const& GetEntries() const { return entries_; }
 
 private:
-    std::size_t FindSlot(_GUID const& guid) const;
+    void AddAll(BufferModelReader const& reader);
+    void Reserve(std::uint32_t count);
+    void Add(_GUID const& guid, OwnerHistoryChangeAction action, EntityIndex_t entity);
+    entry_s const* Find(_GUID const& guid, std::uint64_t hash) const;
+    std::size_t FindSlot(_GUID const& guid, std::uint64_t hash) const;
 
-    std::vector<entry_s> entries_;
-    std::vector<std::uint32_t> slots_;  ///< entry indices in an open hash table of a power of two; kInvalidIndex: free
+    LargeVector<entry_s> entries_;
+    LargeVector<std::uint32_t> slots_;  ///< entry indices in an open hash table of a power of two; kInvalidIndex: free
 };
 
 }  // namespace Quorlan::Tools::Increments

@@ -18,12 +18,12 @@ std::optional<Action> CombineActions(Action base, Action increment) {
 EntityPlan::EntityPlan(EntityGuidIndex const& base, EntityGuidIndex const& increment) {
     fromBase.reserve(base.GetEntries().size());
     for (auto const& entry : base.GetEntries()) {
-        if (increment.Find(entry.guid) == nullptr) fromBase.emplace_back(entry.action, entry.entity);
+        if (increment.Find(entry) == nullptr) fromBase.emplace_back(entry.action, entry.entity);
     }
     fromIncrement.reserve(increment.GetEntries().size());
     for (auto const& entry : increment.GetEntries()) {
         if (entry.action > Action::DELETED) continue;
-        auto const* const before = base.Find(entry.guid);
+        auto const* const before = base.Find(entry);
         auto const action = before == nullptr ? entry.action : CombineActions(before->action, entry.action);
         if (action) fromIncrement.emplace_back(*action, entry.entity);
     }

@@ -1,58 +1,20 @@
 #include <Tools/Increments/IncrementModelBuilder.h>
 
 #include "increments/ContentCopier.h"
+#include "increments/EntityCopies.h"
 #include "increments/OwnerHistories.h"
+#include "increments/StoredCopier.h"
 
 #include <algorithm>
 
 namespace Quorlan::Tools::Increments {
 namespace {
 
-/// The entities that one call copied, in the order of its list, and the copies of each source entity.
-class EntityCopies {
-public:
-    struct copy_s {
-        std::uint32_t source;
-        EntityIndex_t entity;
-        std::uint32_t next;  ///< the next copy of the same source entity; kInvalidIndex for none
-    };
-
-    explicit EntityCopies(std::uint32_t sourceCount) : ends_(sourceCount) {}
-
-    void Append(std::uint32_t source, EntityIndex_t entity) {
-        auto const copy = static_cast<std::uint32_t>(copies_.size());
-        copies_.push_back({source, entity, kInvalidIndex});
-        ends_s& ends = ends_[source];
-        (ends.first == kInvalidIndex ? ends.first : copies_[ends.last].next) = copy;
-        ends.last = copy;
-    }
-
-    std::vector<copy_s> const& GetAll() const { return copies_; }
-    std::uint32_t GetSourceCount() const { return static_cast<std::uint32_t>(ends_.size()); }
-
-    bool IsCopied(std::uint32_t source) const { return source < ends_.size() && ends_[source].first != kInvalidIndex; }
-
-    /// Calls `visit` with every copy of a copied source entity, in the order of the list.
-    template <class Visit>
-    void ForEachCopy(std::uint32_t source, Visit visit) const {
-        for (std::uint32_t i = ends_[source].first; i != kInvalidIndex; i = copies_[i].next) visit(copies_[i].entity);
-    }
-
-private:
-    struct ends_s {
-        std::uint32_t first = kInvalidIndex;
-        std::uint32_t last = kInvalidIndex;
-    };
-
-    std::vector<copy_s> copies_;
-    std::vector<ends_s> ends_;  ///< by source entity
-};
-
 EntityCopies CopyEntities(ModelBuilder& target, IModelReader const& reader,
                           std::vector<std::pair<OwnerHistoryChangeAction, EntityIndex_t>> const& entities) {
     IEntityReader const& source = reader.GetEntities();
     IEntityWriter& writer = target.GetEntityWriter();
-    EntityCopies copies(source.GetCount());
+    EntityCopies copies(source.GetCount(), entities.size());
     OwnerHistoryCopier histories(reader, target.GetOwnerHistoryWriter());
     EntityIdentifier identifier;
     _GUID guid{};
@@ -143,6 +105,12 @@ IncrementModelBuilder::~IncrementModelBuilder() = default;
 
 void IncrementModelBuilder::Add(IModelReader const& reader,
                                 std::vector<std::pair<OwnerHistoryChangeAction, EntityIndex_t>> const& entities) {
+    auto const* const stored = dynamic_cast<BufferModelReader const*>(&reader);
+    auto const target = StoredTarget::Find(*this);
+    if (stored != nullptr && target) {
+        CopyStoredEntities(*target, *content_, *stored, entities);
+        return;
+    }
     EntityCopies const copies = CopyEntities(*this, reader, entities);
     if (copies.GetAll().empty()) return;
     CopyInstances(*this, *content_, reader.GetGeometry(), copies);
@@ -150,6 +118,8 @@ void IncrementModelBuilder::Add(IModelReader const& reader,
 }
 
 void IncrementModelBuilder::AddAsDeleted(std::vector<_GUID> const& guids) { AddDeletedEntities(*this, guids); }
+
+void IncrementModelBuilder::BorrowShapes() { content_->BorrowShapes(); }
 
 std::vector<char> IncrementModelBuilder::GetResult() const { return Create(); }
 

@@ -1,7 +1,7 @@
 #include <Tools/Increments/Merge.h>
 
-#include "increments/BaseModel.h"
 #include "increments/EntityPlan.h"
+#include "increments/OpenedModel.h"
 
 #include <Tools/Increments/IncrementModelBuilder.h>
 
@@ -23,21 +23,23 @@ auto ToFullModelList(EntityPlan const& plan) {
 }  // namespace
 
 bool Merge::Build(std::vector<char> const& fullModel, std::vector<char> const& increment) {
-    ModelStorage const base = OpenBase(fullModel);
+    std::vector<char> empty;
+    OpenedModel const base(SelectBase(fullModel, empty));
     if (base.HasError()) {
         error_ = "original full is invalid";
         return false;
     }
-    ModelStorage const change = ModelStorage::FromBuffer(increment);
+    OpenedModel const change(increment);
     if (change.HasError()) {
         error_ = "increment is invalid";
         return false;
     }
-    IModelReader const& baseReader = base.GetModelReader();
-    IModelReader const& changeReader = change.GetModelReader();
+    IModelReader const& baseReader = base.GetReader();
+    IModelReader const& changeReader = change.GetReader();
     EntityPlan const plan{EntityGuidIndex(baseReader), EntityGuidIndex(changeReader)};
 
     IncrementModelBuilder builder;
+    builder.BorrowShapes();
     builder.Add(baseReader, plan.fromBase);
     builder.Add(changeReader, ToFullModelList(plan));
     result_ = builder.GetResult();

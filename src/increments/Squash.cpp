@@ -1,7 +1,7 @@
 #include <Tools/Increments/Squash.h>
 
-#include "increments/BaseModel.h"
 #include "increments/EntityPlan.h"
+#include "increments/OpenedModel.h"
 
 #include <Tools/Increments/IncrementModelBuilder.h>
 
@@ -19,12 +19,12 @@ struct ChangeLists {
 
     ChangeLists(EntityGuidIndex const& base, EntityGuidIndex const& increment) {
         for (auto const& entry : base.GetEntries()) {
-            if (increment.Find(entry.guid) != nullptr) continue;
+            if (increment.Find(entry) != nullptr) continue;
             if (entry.action == Action::MODIFIED) modified.push_back(entry.guid);
             if (entry.action == Action::DELETED) deleted.push_back(entry.guid);
         }
         for (auto const& entry : increment.GetEntries()) {
-            auto const* const before = base.Find(entry.guid);
+            auto const* const before = base.Find(entry);
             if (IsModified(before, entry.action)) modified.push_back(entry.guid);
             if (IsDeleted(before, entry.action)) deleted.push_back(entry.guid);
         }
@@ -48,24 +48,26 @@ private:
 }  // namespace
 
 bool Squash::Build(std::vector<char> const& base, std::vector<char> const& increment) {
-    ModelStorage const earlier = OpenBase(base);
+    std::vector<char> empty;
+    OpenedModel const earlier(SelectBase(base, empty));
     if (earlier.HasError()) {
         error_ = "base is invalid";
         return false;
     }
-    ModelStorage const later = ModelStorage::FromBuffer(increment);
+    OpenedModel const later(increment);
     if (later.HasError()) {
         error_ = "increment is invalid";
         return false;
     }
-    IModelReader const& earlierReader = earlier.GetModelReader();
-    IModelReader const& laterReader = later.GetModelReader();
+    IModelReader const& earlierReader = earlier.GetReader();
+    IModelReader const& laterReader = later.GetReader();
     EntityGuidIndex const earlierIndex(earlierReader);
     EntityGuidIndex const laterIndex(laterReader);
     ChangeLists lists(earlierIndex, laterIndex);
     EntityPlan const plan(earlierIndex, laterIndex);
 
     IncrementModelBuilder builder;
+    builder.BorrowShapes();
     builder.Add(earlierReader, plan.fromBase);
     builder.Add(laterReader, plan.fromIncrement);
     result_ = builder.GetResult();

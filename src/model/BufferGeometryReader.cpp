@@ -1,34 +1,8 @@
 #include "model/BufferReaders.h"
-
-#include <algorithm>
+#include "model/ShapeReading.h"
 
 namespace Quorlan {
 namespace {
-
-using LoopVector = flatbuffers::Vector<std::uint16_t>;
-
-/// Copies a loop; an absent one is empty. RETURNS false at an index beyond the vertices.
-bool ReadLoop(std::vector<std::uint32_t>& out, LoopVector const* loop, std::uint32_t vertexCount) {
-    out.clear();
-    if (loop == nullptr) return true;
-    out.assign(loop->begin(), loop->end());
-    return std::all_of(out.begin(), out.end(), [vertexCount](std::uint32_t index) { return index < vertexCount; });
-}
-
-bool ReadFaces(FacetedBRep& out, BRepView const& brep) {
-    out.faces.resize(CountOf(brep.faces));
-    for (std::uint32_t i = 0; i < out.faces.size(); ++i) {
-        if (!ReadLoop(out.faces[i], brep.faces->Get(i)->outerLoop(), brep.vertexCount)) return false;
-    }
-    out.holes.clear();
-    for (std::uint32_t i = 0; i < CountOf(brep.holes); ++i) {
-        auto const* const hole = brep.holes->Get(i);
-        auto& loops = out.holes[hole->face()];
-        loops.emplace_back();
-        if (!ReadLoop(loops.back(), hole->innerLoop(), brep.vertexCount)) return false;
-    }
-    return true;
-}
 
 /// The table of a definition in the vector of its kind, or null.
 template <class Table>
@@ -111,32 +85,22 @@ bool BufferGeometryReader::GetFacetedBRep(FacetedBRep& out, std::uint32_t defini
         }
         return std::nullopt;
     }();
-    if (!brep || brep->vertices == nullptr || !ReadFaces(out, *brep)) {
-        out = {};
-        return false;
-    }
-    out.vertices.resize(brep->vertexCount);
-    for (std::uint32_t i = 0; i < brep->vertexCount; ++i) {
-        out.vertices[i] = GeometryObjectLib::ToVertex(brep->GetPosition(i));
-    }
-    return true;
+    if (brep && ReadShape(out, *brep)) return true;
+    out = {};
+    return false;
 }
 
 void BufferGeometryReader::GetVertexNormals(std::vector<Vertex>& out, std::uint32_t definition) const {
     out.clear();
     auto const* const table = FindTable(geometry_.brepsWithNormal(), FindDefinition(definition), kBRepWithNormal);
-    if (table == nullptr || table->vertices() == nullptr) return;
-    out.reserve(table->vertices()->size());
-    for (auto const* vertex : *table->vertices()) out.push_back({vertex->nx(), vertex->ny(), vertex->nz()});
+    if (table != nullptr) ReadNormals(out, BRepView(*table));
 }
 
 void BufferGeometryReader::GetTextureCoordinates(std::vector<std::pair<float, float>>& out,
                                                  std::uint32_t definition) const {
     out.clear();
     auto const* const table = FindTable(geometry_.brepsWithUV(), FindDefinition(definition), kBRepWithUV);
-    if (table == nullptr || table->vertices() == nullptr) return;
-    out.reserve(table->vertices()->size());
-    for (auto const* vertex : *table->vertices()) out.emplace_back(vertex->u(), vertex->v());
+    if (table != nullptr) ReadTextureCoordinates(out, BRepView(*table));
 }
 
 bool BufferGeometryReader::GetGraphicsContainer(GraphicsContainer& out, std::uint32_t definition) const {

@@ -49,6 +49,9 @@ public:
     void GetPlacement(AffineTransform& out, std::uint32_t placement) const override;
     void GetPlacementRecord(PlacementRecord& out, std::uint32_t placement) const override;
 
+    /// The tables that the operations read.
+    Schema::Geometry const& GetGeometry() const { return geometry_; }
+
 private:
     Schema::GeometryDefinitionInfo const* FindDefinition(std::uint32_t definition) const;
 
@@ -62,10 +65,10 @@ public:
     std::uint32_t GetPropertyCount(EntityIndex_t entity) const override;
     void GetProperty(PropertyRecord& out, EntityIndex_t entity, std::uint32_t index) const override;
 
-private:
     /// The positions of the entity's entries, first and one behind the last.
     std::pair<std::uint32_t, std::uint32_t> FindEntries(EntityIndex_t entity) const;
 
+private:
     Schema::Properties const* properties_;
 };
 
@@ -91,7 +94,11 @@ private:
 class BufferModelReader final : public IModelReader {
 public:
     explicit BufferModelReader(Schema::Model const& model)
-        : entities_(model), geometry_(model), properties_(model), ownerHistories_(model) {}
+        : model_(model), entities_(model), geometry_(model), properties_(model), ownerHistories_(model) {}
+
+    /// The tables that the readers read.
+    Schema::Model const& GetModel() const { return model_; }
+    BufferPropertyReader const& GetStoredProperties() const { return properties_; }
 
     IEntityReader const& GetEntities() const override { return entities_; }
     IGeometryReader const& GetGeometry() const override { return geometry_; }
@@ -99,6 +106,7 @@ public:
     IOwnerHistoryReader const& GetOwnerHistories() const override { return ownerHistories_; }
 
 private:
+    Schema::Model const& model_;
     BufferEntityReader entities_;
     BufferGeometryReader geometry_;
     BufferPropertyReader properties_;

@@ -3,222 +3,249 @@
 #include "model/BufferGate.h"
 
 #include <algorithm>
-#include <new>
 
 namespace Quorlan {
 namespace {
 
-using flatbuffers::FlatBufferBuilder;
-using flatbuffers::Offset;
-using flatbuffers::Vector;
+/// Where a buffer's tables stand, so that their slots can lead to what is written after them. A slot is the place of a
+/// field in the order in which the layout lists it.
+struct Tables {
+    explicit Tables(BufferSink& sink);
 
-/// [bytes] What the tables around the content may take at most.
-constexpr std::size_t kTailSize = 4096;
+    ShapeLayouts shapes;
+    std::size_t ownerPartLayout;
+    std::size_t ownerHistoryLayout;
+    std::size_t textureLayout;
+    std::size_t graphicsLayout;
+    std::size_t entities = 0;
+    std::size_t ownerHistories = 0;
+    std::size_t geometry = 0;
+    std::size_t properties = 0;
+};
 
-/// FlatBuffers itself only asserts that a buffer stays below 2 GiB. What cannot be had in one piece is a failed
-/// allocation, so that readers and writers of foreign models throw nothing else.
-void RequireSpace(FlatBufferBuilder const& builder, std::size_t bytes) {
-    if (bytes >= kMaxBufferSize - kTailSize || builder.GetSize() >= kMaxBufferSize - kTailSize - bytes) {
-        throw std::bad_array_new_length();
+constexpr std::size_t kHeaderSize = 8;  ///< [bytes] the offset of the root and the identifier
+
+Tables::Tables(BufferSink& sink)
+    : shapes(sink),
+      ownerPartLayout(sink.AppendLayout(
+          {Schema::OwnerPart::VT_USER, Schema::OwnerPart::VT_ORGANIZATION, Schema::OwnerPart::VT_APPLICATION})),
+      ownerHistoryLayout(sink.AppendLayout({Schema::OwnerHistory::VT_PART, Schema::OwnerHistory::VT_RECORD,
+                                            Schema::OwnerHistory::VT_LASTMODIFYINGUSER,
+                                            Schema::OwnerHistory::VT_LASTMODIFYINGAPPLICATION})),
+      textureLayout(sink.AppendLayout({Schema::Texture::VT_TYPE, Schema::Texture::VT_DATA})),
+      graphicsLayout(
+          sink.AppendLayout({Schema::GraphicsContainerTable::VT_SEGMENTS, Schema::GraphicsContainerTable::VT_ARCS})) {
+    using namespace Schema;
+    auto const append = [&sink](std::initializer_list<flatbuffers::voffset_t> fields) {
+        return sink.AppendTable(sink.AppendLayout(fields), fields.size());
+    };
+    std::size_t const model =
+        append({Model::VT_ENTITIES, Model::VT_OWNERHISTORIES, Model::VT_GEOMETRY, Model::VT_PROPERTIES});
+    sink.SetOffset(0, model);
+    std::size_t slot = model;
+    auto const link = [&](std::size_t table) {
+        sink.SetOffset(slot += 4, table);
+        return table;
+    };
+    entities = link(append({Entities::VT_RECORDS, Entities::VT_GUIDS, Entities::VT_TEXTS, Entities::VT_IDENTIFIERTEXTS,
+                            Entities::VT_GEOMETRICKEYS}));
+    ownerHistories = link(append({OwnerHistories::VT_PARTS, OwnerHistories::VT_RECORDS, OwnerHistories::VT_HISTORIES,
+                                  OwnerHistories::VT_LINKS}));
+    geometry =
+        link(append({Geometry::VT_PLACEMENTS, Geometry::VT_MATERIALS, Geometry::VT_LAYERS, Geometry::VT_DEFINITIONS,
+                     Geometry::VT_INSTANCES, Geometry::VT_TEXTURES, Geometry::VT_FACETEDBREPS, Geometry::VT_BREPSWITHUV,
+                     Geometry::VT_BREPSWITHNORMAL, Geometry::VT_GRAPHICSCONTAINERS}));
+    properties = link(append({Properties::VT_ENTRIES, Properties::VT_STRINGS}));
+}
+
+/// [bytes] What a text of this length takes: its length, its characters and a zero, rounded up.
+std::size_t SizeOfText(std::size_t length) { return (4 + length + 1 + 3) / 4 * 4; }
+
+/// [bytes] What the texts take at most, with the offsets that lead to them.
+std::size_t EstimateSize(TextPool const& texts) { return texts.GetCount() * 12 + texts.GetCharacterCount(); }
+
+char* WriteText(char* out, std::string_view text) {
+    flatbuffers::WriteScalar(out, static_cast<std::uint32_t>(text.size()));
+    if (!text.empty()) std::memcpy(out + 4, text.data(), text.size());
+    return out + SizeOfText(text.size());
+}
+
+void WriteTexts(BufferSink& sink, std::size_t table, std::size_t slot, TextPool const& texts) {
+    std::size_t offset = sink.AppendOffsets(table, slot, texts.GetCount());
+    std::size_t const begin = sink.GetSize();
+    std::size_t const room = EstimateSize(texts);
+    char* const first = sink.Append(room);
+    char* out = first;
+    for (std::size_t i = 0; i < texts.GetCount(); ++i, offset += 4) {
+        sink.SetOffset(offset, begin + static_cast<std::size_t>(out - first));
+        out = WriteText(out, texts.Get(i));
+    }
+    sink.Drop(room - static_cast<std::size_t>(out - first));
+}
+
+void WriteEntities(BufferSink& sink, std::size_t table, EntityWriter const& writer) {
+    sink.AppendVector(table, 0, writer.records);
+    sink.AppendVector(table, 1, writer.guids);
+    WriteTexts(sink, table, 2, writer.texts);
+    WriteTexts(sink, table, 3, writer.identifierTexts);
+    sink.AppendVector(table, 4, writer.geometricKeys);
+}
+
+/// Appends one table per element and the vector that leads to them. `writeSlots` is given the position of slot 0.
+template <class Elements, class WriteSlots>
+void WriteTables(BufferSink& sink, std::size_t vectorOfTables, std::size_t slot, std::size_t layout,
+                 std::size_t slotCount, Elements const& elements, WriteSlots const& writeSlots) {
+    std::size_t offset = sink.AppendOffsets(vectorOfTables, slot, elements.size());
+    std::size_t const size = 4 + 4 * slotCount;
+    std::size_t position = sink.GetSize();
+    sink.Append(elements.size() * size);
+    for (auto const& element : elements) {
+        sink.SetOffset(offset, position);
+        flatbuffers::WriteScalar(sink.At(position), static_cast<flatbuffers::soffset_t>(position - layout));
+        writeSlots(position + 4, element);
+        offset += 4;
+        position += size;
     }
 }
 
-template <class T>
-Offset<Vector<T const*>> WriteStructs(FlatBufferBuilder& builder, T const* structs, std::size_t count) {
-    RequireSpace(builder, count * sizeof(T));
-    return builder.CreateVectorOfStructs(structs, count);
-}
+/// Parts and histories share the texts of their users, organizations and applications: few people write a model.
+void WriteOwnerHistories(BufferSink& sink, Tables const& tables, OwnerHistoryWriter const& writer) {
+    std::size_t const table = tables.ownerHistories;
+    TextPool const& texts = writer.texts.GetAll();
+    std::size_t const partsSize = writer.parts.size() * (4 + 16);
+    std::size_t const historiesSize = writer.histories.size() * (4 + 20);
 
-template <class T>
-Offset<Vector<T const*>> WriteStructs(FlatBufferBuilder& builder, std::vector<T> const& structs) {
-    return WriteStructs(builder, structs.data(), structs.size());
-}
-
-Offset<flatbuffers::String> WriteString(FlatBufferBuilder& builder, std::string const& text) {
-    RequireSpace(builder, text.size() + 8);
-    return builder.CreateString(text);
-}
-
-Offset<Vector<Offset<flatbuffers::String>>> WriteStrings(FlatBufferBuilder& builder,
-                                                         std::vector<std::string> const& texts) {
-    std::vector<Offset<flatbuffers::String>> offsets;
-    offsets.reserve(texts.size());
-    for (auto const& text : texts) offsets.push_back(WriteString(builder, text));
-    RequireSpace(builder, offsets.size() * sizeof(offsets[0]));
-    return builder.CreateVector(offsets);
-}
-
-template <class Table>
-Offset<Vector<Offset<Table>>> WriteTables(FlatBufferBuilder& builder, std::vector<Offset<Table>> const& tables) {
-    RequireSpace(builder, tables.size() * sizeof(tables[0]));
-    return builder.CreateVector(tables);
-}
-
-Offset<Vector<std::uint16_t>> WriteLoop(FlatBufferBuilder& builder, std::uint16_t const* indices, std::size_t count) {
-    RequireSpace(builder, count * sizeof(*indices) + 32);
-    return builder.CreateVector(indices, count);
-}
-
-/// The vector of one kind of BRep. Scratch vectors serve all shapes of the kind.
-template <class Table, class StoredVertex, std::size_t Attributes, class CreateTable>
-Offset<Vector<Offset<Table>>> WriteBReps(FlatBufferBuilder& builder, ShapeStore<Attributes> const& store,
-                                         CreateTable const& createTable) {
-    static_assert(sizeof(StoredVertex) == ShapeStore<Attributes>::kStride * sizeof(float));
-    std::vector<Offset<Schema::FaceTable>> faces;
-    std::vector<Offset<Schema::HoleTable>> holes;
-    std::vector<Offset<Table>> tables;
-    tables.reserve(store.GetBReps().size());
-    for (StoredBRep const& brep : store.GetBReps()) {
-        faces.clear();
-        StoredRun const* const loops = store.GetFaces(brep.faces);
-        for (std::size_t i = 0; i < brep.faces.count; ++i) {
-            faces.push_back(
-                Schema::CreateFaceTable(builder, WriteLoop(builder, store.GetLoop(loops[i]), loops[i].count)));
-        }
-        holes.clear();
-        StoredHole const* const stored = store.GetHoles(brep.holes);
-        for (std::size_t i = 0; i < brep.holes.count; ++i) {
-            auto const loop = WriteLoop(builder, store.GetLoop(stored[i].loop), stored[i].loop.count);
-            holes.push_back(Schema::CreateHoleTable(builder, stored[i].face, loop));
-        }
-        auto const* const vertices = reinterpret_cast<StoredVertex const*>(store.GetFloats(brep.vertices));
-        auto const vertexVector = WriteStructs(builder, vertices, brep.vertices.count / store.kStride);
-        auto const faceVector = WriteTables(builder, faces);  // one by one: arguments have no order of evaluation
-        auto const holeVector = WriteTables(builder, holes);
-        tables.push_back(createTable(builder, faceVector, holeVector, vertexVector));
+    // The texts stand behind both vectors of tables; where, follows from the sizes.
+    sink.AppendVector(table, 1, writer.records);
+    sink.AppendVector(table, 3, writer.links);
+    sink.Align(4, 0);
+    std::vector<std::size_t> textPositions;
+    textPositions.reserve(texts.GetCount());
+    std::size_t position = sink.GetSize() + 4 + partsSize + 4 + historiesSize;
+    for (std::size_t i = 0; i < texts.GetCount(); ++i) {
+        textPositions.push_back(position);
+        position += SizeOfText(texts.Get(i).size());
     }
-    return WriteTables(builder, tables);
+    WriteTables(sink, table, 0, tables.ownerPartLayout, 3, writer.parts, [&](std::size_t slots, auto const& part) {
+        sink.SetOffset(slots, textPositions[part.user]);
+        sink.SetOffset(slots + 4, textPositions[part.organization]);
+        sink.SetOffset(slots + 8, textPositions[part.application]);
+    });
+    WriteTables(sink, table, 2, tables.ownerHistoryLayout, 4, writer.histories,
+                [&](std::size_t slots, auto const& history) {
+                    flatbuffers::WriteScalar(sink.At(slots), history.part);
+                    flatbuffers::WriteScalar(sink.At(slots + 4), history.record);
+                    sink.SetOffset(slots + 8, textPositions[history.lastModifyingUser]);
+                    sink.SetOffset(slots + 12, textPositions[history.lastModifyingApplication]);
+                });
+    char* out = sink.Append(position - sink.GetSize());
+    for (std::size_t i = 0; i < texts.GetCount(); ++i) out = WriteText(out, texts.Get(i));
 }
 
-Offset<Vector<Offset<Schema::GraphicsContainerTable>>> WriteGraphics(FlatBufferBuilder& builder,
-                                                                     DefinitionWriter const& definitions) {
-    std::vector<Offset<Schema::GraphicsContainerTable>> tables;
-    tables.reserve(definitions.graphics.size());
+void WriteShapes(BufferSink& sink, Tables const& tables, std::size_t slot, DefinitionWriter const& writer,
+                 BRepKind kind) {
+    auto const& shapes = writer.GetShapes(kind);
+    std::size_t offset = sink.AppendOffsets(tables.geometry, slot, shapes.size());
+    for (std::size_t i = 0; i < shapes.size(); ++i, offset += 4) {
+        sink.SetOffset(offset, sink.GetSize());
+        writer.WriteShape(sink, tables.shapes, kind, i);
+    }
+}
+
+void WriteGraphics(BufferSink& sink, Tables const& tables, std::size_t slot, DefinitionWriter const& definitions) {
+    std::size_t offset = sink.AppendOffsets(tables.geometry, slot, definitions.graphics.size());
     for (auto const& [segments, arcs] : definitions.graphics) {
-        auto const segmentVector = WriteStructs(builder, definitions.segments.data() + segments.first, segments.count);
-        auto const arcVector = WriteStructs(builder, definitions.arcs.data() + arcs.first, arcs.count);
-        tables.push_back(Schema::CreateGraphicsContainerTable(builder, segmentVector, arcVector));
+        std::size_t const table = sink.AppendTable(tables.graphicsLayout, 2);
+        sink.SetOffset(offset, table);
+        sink.AppendVector(table, 0, definitions.segments.data() + segments.first, segments.count);
+        sink.AppendVector(table, 1, definitions.arcs.data() + arcs.first, arcs.count);
+        offset += 4;
     }
-    return WriteTables(builder, tables);
 }
 
-Offset<Vector<Offset<Schema::Texture>>> WriteTextures(FlatBufferBuilder& builder, TextureWriter const& writer) {
-    std::vector<Offset<Schema::Texture>> tables;
+void WriteTextures(BufferSink& sink, Tables const& tables, std::size_t slot, TextureWriter const& writer) {
+    std::size_t offset = sink.AppendOffsets(tables.geometry, slot, writer.textures.size());
     for (auto const& [type, data] : writer.textures) {
-        RequireSpace(builder, data.size() + 32);
-        auto const bytes = builder.CreateVector(reinterpret_cast<std::uint8_t const*>(data.data()), data.size());
-        tables.push_back(Schema::CreateTexture(builder, static_cast<std::uint32_t>(type), bytes));
+        std::size_t const table = sink.AppendTable(tables.textureLayout, 2);
+        sink.SetOffset(offset, table);
+        flatbuffers::WriteScalar(sink.At(table + 4), static_cast<std::uint32_t>(type));
+        sink.AppendVector(table, 1, data);
+        offset += 4;
     }
-    return WriteTables(builder, tables);
 }
 
-Offset<Schema::Entities> WriteEntities(FlatBufferBuilder& builder, EntityWriter const& writer) {
-    auto const records = WriteStructs(builder, writer.records);
-    auto const guids = WriteStructs(builder, writer.guids);
-    auto const texts = WriteStrings(builder, writer.texts);
-    auto const identifierTexts = WriteStrings(builder, writer.identifierTexts);
-    auto const keys = WriteStructs(builder, writer.geometricKeys);
-    return Schema::CreateEntities(builder, records, guids, texts, identifierTexts, keys);
-}
-
-Offset<Schema::OwnerHistories> WriteOwnerHistories(FlatBufferBuilder& builder, OwnerHistoryWriter const& writer) {
-    std::vector<Offset<Schema::OwnerPart>> parts;
-    parts.reserve(writer.parts.size());
-    for (auto const& part : writer.parts) {
-        auto const user = WriteString(builder, part.user);
-        auto const organization = WriteString(builder, part.organization);
-        auto const application = WriteString(builder, part.application);
-        parts.push_back(Schema::CreateOwnerPart(builder, user, organization, application));
-    }
-    std::vector<Offset<Schema::OwnerHistory>> histories;
-    histories.reserve(writer.histories.size());
-    for (auto const& history : writer.histories) {
-        auto const user = WriteString(builder, history.link.lastModifyingUser);
-        auto const application = WriteString(builder, history.link.lastModifyingApplication);
-        histories.push_back(Schema::CreateOwnerHistory(builder, history.part, history.record, user, application));
-    }
-    auto const partVector = WriteTables(builder, parts);
-    auto const records = WriteStructs(builder, writer.records);
-    auto const historyVector = WriteTables(builder, histories);
-    auto const links = WriteStructs(builder, writer.links);
-    return Schema::CreateOwnerHistories(builder, partVector, records, historyVector, links);
-}
-
-Offset<Schema::Geometry> WriteGeometry(FlatBufferBuilder& builder, ModelContent const& content) {
+void WriteGeometry(BufferSink& sink, Tables const& tables, ModelContent const& content) {
+    std::size_t const table = tables.geometry;
     DefinitionWriter const& definitions = content.definitions;
-    auto const textures = WriteTextures(builder, content.textures);
-    auto const breps = WriteBReps<Schema::FacetedBRepTable, Schema::PositionVertex>(builder, definitions.breps,
-                                                                                    Schema::CreateFacetedBRepTable);
-    auto const brepsWithUV = WriteBReps<Schema::FacetedBRepWithUVTable, Schema::UVVertex>(
-        builder, definitions.brepsWithUV, Schema::CreateFacetedBRepWithUVTable);
-    auto const brepsWithNormal = WriteBReps<Schema::FacetedBRepWithNormalTable, Schema::NormalVertex>(
-        builder, definitions.brepsWithNormal, Schema::CreateFacetedBRepWithNormalTable);
-    auto const graphics = WriteGraphics(builder, definitions);
-    auto const layers = WriteStrings(builder, content.layers.names);
-    auto const placements = WriteStructs(builder, content.instances.placements);
-    auto const materials = WriteStructs(builder, content.materials.materials);
-    auto const definitionVector = WriteStructs(builder, definitions.definitions);
-    auto const instances = WriteStructs(builder, content.instances.instances);
-    return Schema::CreateGeometry(builder, placements, materials, layers, definitionVector, instances, textures, breps,
-                                  brepsWithUV, brepsWithNormal, graphics);
+    sink.AppendVector(table, 0, content.instances.placements);
+    sink.AppendVector(table, 1, content.materials.materials);
+    WriteTexts(sink, table, 2, content.layers.names);
+    sink.AppendVector(table, 3, definitions.definitions);
+    sink.AppendVector(table, 4, content.instances.instances);
+    WriteTextures(sink, tables, 5, content.textures);
+    WriteShapes(sink, tables, 6, definitions, BRepKind::kPlain);
+    WriteShapes(sink, tables, 7, definitions, BRepKind::kWithUV);
+    WriteShapes(sink, tables, 8, definitions, BRepKind::kWithNormal);
+    WriteGraphics(sink, tables, 9, definitions);
 }
 
 /// Readers find the entries of an entity by bisection; within an entity the order of writing stays.
-Offset<Schema::Properties> WriteProperties(FlatBufferBuilder& builder, PropertyWriter const& writer) {
+void WriteProperties(BufferSink& sink, std::size_t table, PropertyWriter const& writer) {
     auto const isBefore = [](Schema::PropertyEntry const& a, Schema::PropertyEntry const& b) {
         return a.entity() < b.entity();
     };
-    std::vector<Schema::PropertyEntry> sorted;
-    bool const isSorted = std::is_sorted(writer.entries.begin(), writer.entries.end(), isBefore);
-    if (!isSorted) {
-        sorted = writer.entries;
+    if (std::is_sorted(writer.entries.begin(), writer.entries.end(), isBefore)) {
+        sink.AppendVector(table, 0, writer.entries);
+    } else {
+        auto sorted = writer.entries;
         std::stable_sort(sorted.begin(), sorted.end(), isBefore);
+        sink.AppendVector(table, 0, sorted);
     }
-    auto const entries = WriteStructs(builder, isSorted ? writer.entries : sorted);
-    auto const strings = WriteStrings(builder, writer.strings);
-    return Schema::CreateProperties(builder, entries, strings);
+    WriteTexts(sink, table, 1, writer.strings.GetAll());
 }
 
-/// [bytes] What strings take: a length, a terminating zero, rounding, and the offset that leads to them.
-std::size_t EstimateSize(std::vector<std::string> const& texts) {
-    std::size_t size = texts.size() * 12;
-    for (auto const& text : texts) size += text.size();
+template <class Vector>
+std::size_t SizeOf(Vector const& structs) {
+    return structs.size() * sizeof(structs[0]);
+}
+
+std::size_t EstimateSize(DefinitionWriter const& definitions) {
+    std::size_t size = SizeOf(definitions.definitions) + SizeOf(definitions.segments) + SizeOf(definitions.arcs) +
+                       definitions.graphics.size() * 40;
+    for (BRepKind const kind : {BRepKind::kPlain, BRepKind::kWithUV, BRepKind::kWithNormal}) {
+        for (StoredShape const& shape : definitions.GetShapes(kind))
+            size += 4 + shape.counts.GetBlockSize(StrideOf(kind));
+    }
     return size;
 }
 
-template <class T>
-std::size_t SizeOf(std::vector<T> const& structs) {
-    return structs.size() * sizeof(T);
-}
-
-/// [bytes] About what the buffer takes. Writing into one allocation of this size, of which the system provides only
-/// what is used, spares growing and copying again and again; where it is too small, the buffer grows.
+/// [bytes] What the buffer takes at most, so that it is written into one allocation. The system provides only what is
+/// touched of it.
 std::size_t EstimateSize(ModelContent const& content) {
     auto const& [entities, histories, materials, layers, textures, definitions, instances, properties] = content;
-    std::size_t size = std::size_t{1} << 16;
+    std::size_t size = 4096;  // the tables around the content, and what aligns it
     size += SizeOf(entities.records) + SizeOf(entities.guids) + SizeOf(entities.geometricKeys);
     size += EstimateSize(entities.texts) + EstimateSize(entities.identifierTexts);
-    size += SizeOf(histories.records) + SizeOf(histories.links) + histories.histories.size() * 64;
-    size += SizeOf(definitions.definitions) + SizeOf(definitions.segments) + SizeOf(definitions.arcs);
-    size += definitions.breps.EstimateSize() + definitions.brepsWithUV.EstimateSize() +
-            definitions.brepsWithNormal.EstimateSize() + definitions.graphics.size() * 40;
+    size += SizeOf(histories.records) + SizeOf(histories.links) + histories.histories.size() * 24 +
+            histories.parts.size() * 20 + EstimateSize(histories.texts.GetAll());
+    size += EstimateSize(definitions) + SizeOf(materials.materials) + EstimateSize(layers.names);
     size += SizeOf(instances.instances) + SizeOf(instances.placements);
-    size += SizeOf(properties.entries) + EstimateSize(properties.strings);
-    for (auto const& texture : textures.textures) size += texture.second.size();
+    size += SizeOf(properties.entries) + EstimateSize(properties.strings.GetAll());
+    for (auto const& texture : textures.textures) size += texture.second.size() + 32;
     return std::min(size, kMaxBufferSize);
 }
 
 }  // namespace
 
 std::vector<char> WriteModelBuffer(ModelContent const& content) {
-    FlatBufferBuilder builder(EstimateSize(content));
-    auto const entities = WriteEntities(builder, content.entities);
-    auto const ownerHistories = WriteOwnerHistories(builder, content.ownerHistories);
-    auto const geometry = WriteGeometry(builder, content);
-    auto const properties = WriteProperties(builder, content.properties);
-    Schema::FinishModelBuffer(builder, Schema::CreateModel(builder, entities, ownerHistories, geometry, properties));
-    auto const* const bytes = reinterpret_cast<char const*>(builder.GetBufferPointer());
-    return {bytes, bytes + builder.GetSize()};
+    BufferSink sink(EstimateSize(content));
+    std::memcpy(sink.Append(kHeaderSize) + 4, Schema::ModelIdentifier(), 4);
+    Tables const tables(sink);
+    WriteEntities(sink, tables.entities, content.entities);
+    WriteOwnerHistories(sink, tables, content.ownerHistories);
+    WriteGeometry(sink, tables, content);
+    WriteProperties(sink, tables.properties, content.properties);
+    return sink.Take();
 }
 
 }  // namespace Quorlan

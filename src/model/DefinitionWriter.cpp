@@ -1,8 +1,11 @@
+#include "model/BufferGate.h"
 #include "model/ModelWriters.h"
+#include "model/StoredBounds.h"
 
 #include <algorithm>
 #include <cmath>
-#include <limits>
+#include <cstring>
+#include <new>
 
 namespace Quorlan {
 namespace {
@@ -26,39 +29,51 @@ bool FitsIntoBuffer(FacetedBRep const& shape) {
     });
 }
 
-/// The bounds of what has been stored, in single precision; all zero where nothing was.
-class StoredBounds {
-public:
-    void Add(float x, float y, float z) {
-        isEmpty_ = false;
-        min_ = {std::min(min_.x, x), std::min(min_.y, y), std::min(min_.z, z)};
-        max_ = {std::max(max_.x, x), std::max(max_.y, y), std::max(max_.z, z)};
-    }
-
-    Schema::Vector3 GetMin() const { return isEmpty_ ? Schema::Vector3{0, 0, 0} : Store(min_); }
-    Schema::Vector3 GetMax() const { return isEmpty_ ? Schema::Vector3{0, 0, 0} : Store(max_); }
-
-private:
-    static constexpr float kInfinity = std::numeric_limits<float>::infinity();
-
-    static Schema::Vector3 Store(Vector3f const& v) { return {v.x, v.y, v.z}; }
-
-    bool isEmpty_ = true;
-    Vector3f min_{kInfinity, kInfinity, kInfinity};
-    Vector3f max_{-kInfinity, -kInfinity, -kInfinity};
-};
-
-template <std::size_t Attributes>
-StoredBounds GetBoundsOfLast(ShapeStore<Attributes> const& store) {
-    StoredBounds bounds;
-    auto const& vertices = store.GetBReps().back().vertices;
-    float const* const floats = store.GetFloats(vertices);
-    for (std::size_t i = 0; i < vertices.count; i += store.kStride) bounds.Add(floats[i], floats[i + 1], floats[i + 2]);
-    return bounds;
-}
-
 Schema::Vector3 Narrow(Vertex const& v) {
     return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
+}
+
+ShapeCounts CountParts(FacetedBRep const& shape) {
+    ShapeCounts counts;
+    std::size_t holeCount = 0;
+    std::size_t loopWords = 0;
+    for (auto const& loop : shape.faces) loopWords += ShapeCounts::ToWords(loop.size());
+    for (auto const& [face, loops] : shape.holes) {
+        holeCount += loops.size();
+        for (auto const& loop : loops) loopWords += ShapeCounts::ToWords(loop.size());
+    }
+    if (std::max({shape.faces.size(), holeCount, loopWords}) >= kMaxBufferSize) {
+        throw std::bad_array_new_length();
+    }
+    counts.vertices = static_cast<std::uint32_t>(shape.vertices.size());
+    counts.faces = static_cast<std::uint32_t>(shape.faces.size());
+    counts.holes = static_cast<std::uint32_t>(holeCount);
+    counts.loopWords = static_cast<std::uint32_t>(loopWords);
+    return counts;
+}
+
+void WriteLoop(char* out, std::vector<std::uint32_t> const& loop) {
+    for (std::uint32_t const index : loop) {
+        flatbuffers::WriteScalar(out, static_cast<std::uint16_t>(index));
+        out += sizeof(std::uint16_t);
+    }
+}
+
+void WriteLoops(ShapeWriter& writer, FacetedBRep const& shape) {
+    writer.BeginFaces();
+    for (auto const& loop : shape.faces) WriteLoop(writer.AddFace(loop.size()), loop);
+    writer.BeginHoles();
+    for (auto const& [face, loops] : shape.holes) {
+        for (auto const& loop : loops) WriteLoop(writer.AddHole(static_cast<std::uint16_t>(face), loop.size()), loop);
+    }
+}
+
+DefinitionKind ToDefinitionKind(BRepKind kind) {
+    switch (kind) {
+        case BRepKind::kWithUV: return kBRepWithUV;
+        case BRepKind::kWithNormal: return kBRepWithNormal;
+        default: return kFacetedBRep;
+    }
 }
 
 /// The box of an arc: around the centre, along each axis, the circle reaches radius * |sine of the angle to it|.
@@ -83,29 +98,90 @@ GeometryDefinitionIndex_t DefinitionWriter::AddDefinition(DefinitionKind kind, s
     return static_cast<GeometryDefinitionIndex_t>(definitions.size() - 1);
 }
 
+template <class WriteAttributes>
+GeometryDefinitionIndex_t DefinitionWriter::AddShape(BRepKind kind, FacetedBRep const& shape,
+                                                     WriteAttributes const& writeAttributes) {
+    if (!FitsIntoBuffer(shape)) return kRefused;
+    ShapeCounts const counts = CountParts(shape);
+    std::size_t const stride = StrideOf(kind);
+    std::size_t const position = bytes_.GetSize();
+    ShapeWriter writer(bytes_, layouts_, counts, stride);
+    WriteLoops(writer, shape);
+    char* out = writer.BeginVertices();
+    StoredBounds bounds;
+    for (std::size_t i = 0; i < shape.vertices.size(); ++i, out += stride) {
+        Schema::Vector3 const vertex = Narrow(shape.vertices[i]);
+        std::memcpy(out, &vertex, sizeof(vertex));
+        writeAttributes(i, out + sizeof(vertex));
+        bounds.Add(vertex.x(), vertex.y(), vertex.z());
+    }
+    auto& shapes = shapes_[static_cast<std::size_t>(kind)];
+    shapes.push_back({nullptr, static_cast<std::uint32_t>(position), true, counts});
+    return AddDefinition(ToDefinitionKind(kind), shapes.size() - 1, bounds.GetMin(), bounds.GetMax());
+}
+
 GeometryDefinitionIndex_t DefinitionWriter::AddBRepWithNormals(
     std::pair<FacetedBRep const*, std::vector<Vertex> const*> shape) {
     auto const& [brep, normals] = shape;
-    if (normals->size() != brep->vertices.size() || !FitsIntoBuffer(*brep)) return kRefused;
-    brepsWithNormal.Add(*brep, [&normals = *normals](std::size_t i, float* out) {
-        out[0] = static_cast<float>(normals[i].x);
-        out[1] = static_cast<float>(normals[i].y);
-        out[2] = static_cast<float>(normals[i].z);
+    if (normals->size() != brep->vertices.size()) return kRefused;
+    return AddShape(BRepKind::kWithNormal, *brep, [&normals = *normals](std::size_t i, char* out) {
+        Schema::Vector3 const normal = Narrow(normals[i]);
+        std::memcpy(out, &normal, sizeof(normal));
     });
-    StoredBounds const bounds = GetBoundsOfLast(brepsWithNormal);
-    return AddDefinition(kBRepWithNormal, brepsWithNormal.GetBReps().size() - 1, bounds.GetMin(), bounds.GetMax());
 }
 
 GeometryDefinitionIndex_t DefinitionWriter::AddBRepWithUVs(
     std::pair<FacetedBRep const*, std::vector<std::pair<float, float>> const*> shape) {
     auto const& [brep, coordinates] = shape;
-    if (coordinates->size() != brep->vertices.size() || !FitsIntoBuffer(*brep)) return kRefused;
-    brepsWithUV.Add(*brep, [&coordinates = *coordinates](std::size_t i, float* out) {
-        out[0] = coordinates[i].first;
-        out[1] = coordinates[i].second;
+    if (coordinates->size() != brep->vertices.size()) return kRefused;
+    return AddShape(BRepKind::kWithUV, *brep, [&coordinates = *coordinates](std::size_t i, char* out) {
+        flatbuffers::WriteScalar(out, coordinates[i].first);
+        flatbuffers::WriteScalar(out + sizeof(float), coordinates[i].second);
     });
-    StoredBounds const bounds = GetBoundsOfLast(brepsWithUV);
-    return AddDefinition(kBRepWithUV, brepsWithUV.GetBReps().size() - 1, bounds.GetMin(), bounds.GetMax());
+}
+
+GeometryDefinitionIndex_t DefinitionWriter::AddStored(BRepKind kind, BRepView const& shape, ShapeCounts const& counts,
+                                                      bool isRun, Schema::Vector3 const& min,
+                                                      Schema::Vector3 const& max) {
+    StoredShape stored{nullptr, static_cast<std::uint32_t>(bytes_.GetSize()), true, counts};
+    if (isBorrowing_) {
+        stored.borrowed = shape.table;
+        stored.isRun = isRun;
+    } else {
+        CopyShape(bytes_, layouts_, shape, counts);
+    }
+    auto& shapes = shapes_[static_cast<std::size_t>(kind)];
+    shapes.push_back(stored);
+    return AddDefinition(ToDefinitionKind(kind), shapes.size() - 1, min, max);
+}
+
+BRepView DefinitionWriter::GetShape(BRepKind kind, std::size_t index) const {
+    void const* const table = GetTable(GetShapes(kind)[index]);
+    switch (kind) {
+        case BRepKind::kWithUV: return BRepView(*static_cast<Schema::FacetedBRepWithUVTable const*>(table));
+        case BRepKind::kWithNormal: return BRepView(*static_cast<Schema::FacetedBRepWithNormalTable const*>(table));
+        default: return BRepView(*static_cast<Schema::FacetedBRepTable const*>(table));
+    }
+}
+
+void DefinitionWriter::WriteShape(BufferSink& sink, ShapeLayouts const& layouts, BRepKind kind,
+                                  std::size_t index) const {
+    StoredShape const& shape = GetShapes(kind)[index];
+    if (shape.isRun) {
+        CopyRun(sink, layouts, GetTable(shape), shape.counts, StrideOf(kind));
+    } else {
+        CopyShape(sink, layouts, GetShape(kind, index), shape.counts);
+    }
+}
+
+std::optional<BRepView> DefinitionWriter::FindShape(GeometryDefinitionIndex_t definition) const {
+    auto const& info = definitions[static_cast<std::uint32_t>(definition)];
+    switch (info.kind()) {
+        case kFacetedBRep: return GetShape(BRepKind::kPlain, info.kindIndex());
+        case kBRepWithUV: return GetShape(BRepKind::kWithUV, info.kindIndex());
+        case kBRepWithNormal: return GetShape(BRepKind::kWithNormal, info.kindIndex());
+        default: return std::nullopt;
+    }
 }
 
 GeometryDefinitionIndex_t DefinitionWriter::AddGraphicsContainer(GraphicsContainer const& container) {
@@ -127,10 +203,7 @@ GeometryDefinitionIndex_t DefinitionWriter::AddGraphicsContainer(GraphicsContain
 }
 
 GeometryDefinitionIndex_t DefinitionWriter::AddBRep(FacetedBRep const& shape) {
-    if (!FitsIntoBuffer(shape)) return kRefused;
-    breps.Add(shape, [](std::size_t, float*) {});
-    StoredBounds const bounds = GetBoundsOfLast(breps);
-    return AddDefinition(kFacetedBRep, breps.GetBReps().size() - 1, bounds.GetMin(), bounds.GetMax());
+    return AddShape(BRepKind::kPlain, shape, [](std::size_t, char*) {});
 }
 
 }  // namespace Quorlan

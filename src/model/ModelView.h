@@ -73,6 +73,7 @@ struct ModelView {
 
 /// One faceted BRep of a buffer. The three stored forms differ only in their vertex stride.
 struct BRepView {
+    void const* table = nullptr;                                                         ///< of one of the three forms
     flatbuffers::Vector<flatbuffers::Offset<Schema::FaceTable>> const* faces = nullptr;  ///< may be absent
     flatbuffers::Vector<flatbuffers::Offset<Schema::HoleTable>> const* holes = nullptr;  ///< may be absent
     std::uint8_t const* vertices = nullptr;                                              ///< absent: null
@@ -82,11 +83,11 @@ struct BRepView {
     BRepView() = default;
 
     template <class Table>
-    explicit BRepView(Table const& table) : faces(table.faces()), holes(table.holes()) {
-        if (table.vertices() == nullptr) return;
-        vertices = table.vertices()->Data();
-        vertexCount = table.vertices()->size();
-        vertexStride = static_cast<std::uint32_t>(sizeof(*table.vertices()->Get(0)));
+    explicit BRepView(Table const& brep) : table(&brep), faces(brep.faces()), holes(brep.holes()) {
+        if (brep.vertices() == nullptr) return;
+        vertices = brep.vertices()->Data();
+        vertexCount = brep.vertices()->size();
+        vertexStride = static_cast<std::uint32_t>(sizeof(*brep.vertices()->Get(0)));
     }
 
     /// REQUIRES: `index` is below the vertex count.

@@ -37,31 +37,30 @@ std::uint32_t LastIndexOf(Elements const& elements) {
 
 }  // namespace
 
-EntityIndex_t EntityWriter::AddRecord(std::uint32_t kind, std::size_t reference, std::wstring const& text,
+EntityIndex_t EntityWriter::AddRecord(std::uint32_t kind, std::size_t reference, std::string_view utf8Text,
                                       Schema::Placement const& placement) {
-    std::uint32_t textReference = kInvalidIndex;
-    if (!text.empty()) {
-        texts.push_back(ToUtf8(text));
-        textReference = LastIndexOf(texts);
-    }
+    std::uint32_t const textReference = utf8Text.empty() ? kInvalidIndex : texts.Add(utf8Text);
     records.emplace_back(kind, static_cast<std::uint32_t>(reference), textReference, 0u, placement);
     return static_cast<EntityIndex_t>(LastIndexOf(records));
 }
 
+EntityIndex_t EntityWriter::AddStored(Schema::Guid const& guid, std::string_view utf8Text,
+                                      Schema::Placement const& placement) {
+    guids.push_back(guid);
+    return AddRecord(0, guids.size() - 1, utf8Text, placement);
+}
+
 EntityIndex_t EntityWriter::AddEntity(_GUID const& guid, std::wstring const& text, AffineTransform const& placement) {
-    guids.push_back(Store(guid));
-    return AddRecord(0, guids.size() - 1, text, Store(placement));
+    return AddStored(Store(guid), ToUtf8(text), Store(placement));
 }
 
 EntityIndex_t EntityWriter::AddEntityAt(_GUID const& guid, std::wstring const& text, PlacementRecord const& placement) {
-    guids.push_back(Store(guid));
-    return AddRecord(0, guids.size() - 1, text, Store(placement));
+    return AddStored(Store(guid), ToUtf8(text), Store(placement));
 }
 
 EntityIndex_t EntityWriter::AddEntityWithIdentifierText(std::string const& identifier, std::wstring const& text,
                                                         AffineTransform const& placement) {
-    identifierTexts.push_back(identifier);
-    return AddRecord(1, identifierTexts.size() - 1, text, Store(placement));
+    return AddRecord(1, identifierTexts.Add(identifier), ToUtf8(text), Store(placement));
 }
 
 EntityIndex_t EntityWriter::AddEntityWithGeometricKey(GeometricKey const& key, std::wstring const& text,
@@ -69,11 +68,11 @@ EntityIndex_t EntityWriter::AddEntityWithGeometricKey(GeometricKey const& key, s
     auto const& p = key.position;
     auto const& s = key.shape;
     geometricKeys.emplace_back(p[0], p[1], p[2], s[0], s[1], s[2], s[3], s[4], s[5], s[6], s[7]);
-    return AddRecord(2, geometricKeys.size() - 1, text, Store(placement));
+    return AddRecord(2, geometricKeys.size() - 1, ToUtf8(text), Store(placement));
 }
 
 EntityIndex_t EntityWriter::AddEntityWithoutIdentifier(std::wstring const& text, AffineTransform const& placement) {
-    return AddRecord(4, kInvalidIndex, text, Store(placement));
+    return AddRecord(4, kInvalidIndex, ToUtf8(text), Store(placement));
 }
 
 std::uint32_t MaterialWriter::AddMaterial(MaterialRecord const& material) {
@@ -83,10 +82,7 @@ std::uint32_t MaterialWriter::AddMaterial(MaterialRecord const& material) {
     return LastIndexOf(materials);
 }
 
-std::uint32_t LayerWriter::AddLayer(std::string const& utf8Name) {
-    names.push_back(utf8Name);
-    return LastIndexOf(names);
-}
+std::uint32_t LayerWriter::AddLayer(std::string const& utf8Name) { return names.Add(utf8Name); }
 
 std::uint32_t TextureWriter::AddTexture(TextureType type, std::vector<char> const& data) {
     textures.emplace_back(type, data);
@@ -113,7 +109,7 @@ void InstanceWriter::AddInstanceAt(EntityIndex_t entity, GeometryDefinitionIndex
 }
 
 std::uint32_t OwnerHistoryWriter::AddOwnerPart(OwnerPart const& part) {
-    parts.push_back(part);
+    parts.push_back({AddText(part.user), AddText(part.organization), AddText(part.application)});
     return LastIndexOf(parts);
 }
 
@@ -125,26 +121,20 @@ std::uint32_t OwnerHistoryWriter::AddOwnerHistoryRecord(OwnerHistoryRecord const
 
 std::uint32_t OwnerHistoryWriter::AddOwnerHistory(std::uint32_t part, std::uint32_t record,
                                                   OwnerHistoryLinkRecord const& link) {
-    histories.push_back({part, record, link});
-    return LastIndexOf(histories);
+    std::uint32_t const user = AddText(link.lastModifyingUser);
+    return Add(part, record, user, AddText(link.lastModifyingApplication));
 }
 
 void OwnerHistoryWriter::LinkOwnerHistory(EntityIndex_t entity, std::uint32_t ownerHistory) {
     links.emplace_back(static_cast<std::uint32_t>(entity), ownerHistory);
 }
 
-std::uint32_t PropertyWriter::AddString(std::string const& text) {
-    auto const [entry, isNew] = stringIndices_.try_emplace(text, static_cast<std::uint32_t>(strings.size()));
-    if (isNew) strings.push_back(text);
-    return entry->second;
-}
-
 void PropertyWriter::AddProperty(EntityIndex_t entity, PropertyRecord const& property) {
-    std::uint32_t const set = AddString(property.set);
-    std::uint32_t const name = AddString(property.name);
+    std::uint32_t const set = strings.Add(property.set);
+    std::uint32_t const name = strings.Add(property.name);
     std::uint64_t value = 0;
     if (auto const* const text = std::get_if<std::string>(&property.value)) {
-        value = AddString(*text);
+        value = strings.Add(*text);
     } else if (auto const* const number = std::get_if<double>(&property.value)) {
         std::memcpy(&value, number, sizeof(value));
     } else if (auto const* const integer = std::get_if<std::int64_t>(&property.value)) {

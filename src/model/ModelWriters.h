@@ -1,12 +1,14 @@
 #pragma once
 
-#include "model/ShapeStore.h"
+#include "model/LargePages.h"
+#include "model/ShapeBlock.h"
+#include "model/TextPool.h"
 
 #include <Quorlan/ModelBuilder.h>
 
+#include <optional>
 #include <string>
 #include <string_view>
-#include <unordered_map>
 #include <utility>
 #include <vector>
 
@@ -23,14 +25,17 @@ public:
                                             AffineTransform const& placement) override;
     EntityIndex_t AddEntityWithoutIdentifier(std::wstring const& text, AffineTransform const& placement) override;
 
-    std::vector<Schema::EntityRecord> records;
-    std::vector<Schema::Guid> guids;
-    std::vector<std::string> texts;
-    std::vector<std::string> identifierTexts;
+    /// An entity of kind 0 as a buffer holds it; no text if it is empty.
+    EntityIndex_t AddStored(Schema::Guid const& guid, std::string_view utf8Text, Schema::Placement const& placement);
+
+    LargeVector<Schema::EntityRecord> records;
+    LargeVector<Schema::Guid> guids;
+    TextPool texts;
+    TextPool identifierTexts;
     std::vector<Schema::GeometricKey> geometricKeys;
 
 private:
-    EntityIndex_t AddRecord(std::uint32_t kind, std::size_t reference, std::wstring const& text,
+    EntityIndex_t AddRecord(std::uint32_t kind, std::size_t reference, std::string_view utf8Text,
                             Schema::Placement const& placement);
 };
 
@@ -45,7 +50,7 @@ class LayerWriter final : public ILayerWriter {
 public:
     std::uint32_t AddLayer(std::string const& utf8Name) override;
 
-    std::vector<std::string> names;
+    TextPool names;
 };
 
 class TextureWriter final : public ITextureWriter {
@@ -55,8 +60,36 @@ public:
     std::vector<std::pair<TextureType, std::vector<char>>> textures;
 };
 
+/// A faceted BRep that is to be written: in the writer's own bytes, or in a model buffer that outlives the writer.
+struct StoredShape {
+    void const* borrowed = nullptr;  ///< the table
+    std::uint32_t position = 0;      ///< of the table in the writer's bytes, where none is borrowed
+    bool isRun = true;               ///< stands as one run of bytes, as all of the writer's own do
+    ShapeCounts counts;
+};
+
+/// The run of elements of one container.
+struct StoredRun {
+    std::size_t first = 0;
+    std::size_t count = 0;
+};
+
+/// The three kinds of faceted BReps, in the order of their vectors in the buffer.
+enum class BRepKind : std::uint8_t { kPlain, kWithUV, kWithNormal };
+
+/// [bytes] From one vertex to the next.
+constexpr std::size_t StrideOf(BRepKind kind) {
+    switch (kind) {
+        case BRepKind::kWithUV: return sizeof(Schema::UVVertex);
+        case BRepKind::kWithNormal: return sizeof(Schema::NormalVertex);
+        default: return sizeof(Schema::PositionVertex);
+    }
+}
+
 class DefinitionWriter final : public IGeometryDefinitionBuilder {
 public:
+    DefinitionWriter() { bytes_.Align(4, 0); }
+
     GeometryDefinitionIndex_t AddBRepWithNormals(
         std::pair<FacetedBRep const*, std::vector<Vertex> const*> shape) override;
     GeometryDefinitionIndex_t AddBRepWithUVs(
@@ -64,23 +97,50 @@ public:
     GeometryDefinitionIndex_t AddGraphicsContainer(GraphicsContainer const& graphics) override;
     GeometryDefinitionIndex_t AddBRep(FacetedBRep const& shape) override;
 
+    /// A BRep as a buffer holds it, with its counts and bounds; as one run of bytes if `isRun`.
+    /// REQUIRES: it has at most 65,536 vertices, its indices are in range and its holes in the order of their faces.
+    GeometryDefinitionIndex_t AddStored(BRepKind kind, BRepView const& shape, ShapeCounts const& counts, bool isRun,
+                                        Schema::Vector3 const& min, Schema::Vector3 const& max);
+
+    /// From now on the bytes of what `AddStored` is given outlive the writer, which does not copy them.
+    void BorrowStored() { isBorrowing_ = true; }
+
+    /// The BRep of a definition that this writer holds; empty for line graphics.
+    std::optional<BRepView> FindShape(GeometryDefinitionIndex_t definition) const;
+    BRepView GetShape(BRepKind kind, std::size_t index) const;
+
+    /// Appends a shape to a buffer with these layouts.
+    void WriteShape(BufferSink& sink, ShapeLayouts const& layouts, BRepKind kind, std::size_t index) const;
+
+    LargeVector<StoredShape> const& GetShapes(BRepKind kind) const { return shapes_[static_cast<std::size_t>(kind)]; }
+
     /// The segments and the arcs of one container.
     struct StoredGraphics {
         StoredRun segments;
         StoredRun arcs;
     };
 
-    std::vector<Schema::GeometryDefinitionInfo> definitions;
-    ShapeStore<0> breps;
-    ShapeStore<2> brepsWithUV;
-    ShapeStore<3> brepsWithNormal;
+    LargeVector<Schema::GeometryDefinitionInfo> definitions;
     std::vector<StoredGraphics> graphics;
     std::vector<Schema::LineSegment> segments;
     std::vector<Schema::ArcSegment> arcs;
 
 private:
+    /// Writes a shape, whose attributes of vertex i `writeAttributes(i, out)` fills.
+    template <class WriteAttributes>
+    GeometryDefinitionIndex_t AddShape(BRepKind kind, FacetedBRep const& shape, WriteAttributes const& writeAttributes);
+
     GeometryDefinitionIndex_t AddDefinition(DefinitionKind kind, std::size_t kindIndex, Schema::Vector3 const& min,
                                             Schema::Vector3 const& max);
+
+    void const* GetTable(StoredShape const& shape) const {
+        return shape.borrowed != nullptr ? shape.borrowed : bytes_.At(shape.position);
+    }
+
+    BufferSink bytes_{0};
+    ShapeLayouts layouts_{bytes_};
+    bool isBorrowing_ = false;
+    LargeVector<StoredShape> shapes_[3];
 };
 
 class InstanceWriter final : public IInstanceWriter {
@@ -93,14 +153,15 @@ public:
     void AddInstanceAt(EntityIndex_t entity, GeometryDefinitionIndex_t definition, std::uint32_t material,
                        std::uint32_t layer, PlacementRecord const& placement) override;
 
-    /// Placement i belongs to instance i.
-    std::vector<Schema::Instance> instances;
-    std::vector<Schema::Placement> placements;
-
-private:
+    /// The same with a placement as a buffer holds it.
     void Add(EntityIndex_t entity, GeometryDefinitionIndex_t definition, std::uint32_t material, std::uint32_t layer,
              Schema::Placement const& placement);
 
+    /// Placement i belongs to instance i.
+    LargeVector<Schema::Instance> instances;
+    LargeVector<Schema::Placement> placements;
+
+private:
     EntityWriter const& entities_;
     DefinitionWriter const& definitions_;
 };
@@ -113,16 +174,36 @@ public:
                                   OwnerHistoryLinkRecord const& link) override;
     void LinkOwnerHistory(EntityIndex_t entity, std::uint32_t ownerHistory) override;
 
+    /// [bytes] Longer texts are written each time: what a buffer shares stays small beside what shares it.
+    static constexpr std::size_t kLongestSharedText = 256;
+
+    static bool IsShared(std::string_view text) { return text.size() <= kLongestSharedText; }
+    std::uint32_t AddText(std::string_view text) { return IsShared(text) ? texts.Add(text) : texts.AddApart(text); }
+
+    /// An owner history whose texts are in `texts`.
+    std::uint32_t Add(std::uint32_t part, std::uint32_t record, std::uint32_t user, std::uint32_t application) {
+        histories.push_back({part, record, user, application});
+        return static_cast<std::uint32_t>(histories.size() - 1);
+    }
+
+    struct StoredPart {
+        std::uint32_t user;  ///< into `texts`, as the other texts
+        std::uint32_t organization;
+        std::uint32_t application;
+    };
+
     struct StoredHistory {
         std::uint32_t part;
         std::uint32_t record;
-        OwnerHistoryLinkRecord link;
+        std::uint32_t lastModifyingUser;
+        std::uint32_t lastModifyingApplication;
     };
 
-    std::vector<OwnerPart> parts;
-    std::vector<Schema::OwnerHistoryRecord> records;
-    std::vector<StoredHistory> histories;
-    std::vector<Schema::OwnerHistoryLink> links;
+    std::vector<StoredPart> parts;
+    LargeVector<Schema::OwnerHistoryRecord> records;
+    LargeVector<StoredHistory> histories;
+    LargeVector<Schema::OwnerHistoryLink> links;
+    UniqueTexts texts;
 };
 
 /// Texts recur in nearly every entity (set names, property names), so each distinct one is stored once.
@@ -130,13 +211,8 @@ class PropertyWriter final : public IPropertyWriter {
 public:
     void AddProperty(EntityIndex_t entity, PropertyRecord const& property) override;
 
-    std::vector<Schema::PropertyEntry> entries;
-    std::vector<std::string> strings;
-
-private:
-    std::uint32_t AddString(std::string const& text);
-
-    std::unordered_map<std::string, std::uint32_t> stringIndices_;
+    LargeVector<Schema::PropertyEntry> entries;
+    UniqueTexts strings;
 };
 
 }  // namespace Quorlan

@@ -1,0 +1,179 @@
+#include "increments/DefinitionCopier.h"
+
+#include "model/ShapeReading.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+namespace Quorlan::Tools::Increments {
+namespace {
+
+// The tolerances within which `UniqueGeometryDefinitionBuilder` finds copies, by kind [model units].
+constexpr double kPositionTolerance = 1e-5;
+constexpr double kTexturedPositionTolerance = 1e-7;
+
+/// [model units] Beyond this, rounding in the search for copies comes near its tolerances.
+constexpr float kLargestCoordinate = 1e8f;
+
+/// [box diagonals] Below this a plain shape is certainly not re-centred.
+constexpr double kNearDistance = 99.0;
+
+std::optional<BRepKind> FindBRepKind(std::uint32_t definitionKind) {
+    switch (definitionKind) {
+        case kFacetedBRep: return BRepKind::kPlain;
+        case kBRepWithUV: return BRepKind::kWithUV;
+        case kBRepWithNormal: return BRepKind::kWithNormal;
+        default: return std::nullopt;
+    }
+}
+
+std::uint32_t CountShapes(Schema::Geometry const& geometry, BRepKind kind) {
+    switch (kind) {
+        case BRepKind::kWithUV: return CountOf(geometry.brepsWithUV());
+        case BRepKind::kWithNormal: return CountOf(geometry.brepsWithNormal());
+        default: return CountOf(geometry.facetedBReps());
+    }
+}
+
+float LargestCoordinate(ShapeScan const& scan) {
+    float largest = 0;
+    for (Schema::Vector3 const* corner : {&scan.min, &scan.max}) {
+        for (float const c : {corner->x(), corner->y(), corner->z()}) largest = std::max(largest, std::abs(c));
+    }
+    return largest;
+}
+
+bool IsNearItsOrigin(ShapeScan const& scan) {
+    using GeometryObjectLib::ToVertex;
+    Vertex const lo = ToVertex(ToVector3f(scan.min));
+    Vertex const hi = ToVertex(ToVector3f(scan.max));
+    return Length(0.5 * (lo + hi)) <= kNearDistance * Length(hi - lo);
+}
+
+}  // namespace
+
+DefinitionCopier::DefinitionCopier(IGeometryDefinitionBuilder& target)
+    : target_(target),
+      writer_(dynamic_cast<DefinitionWriter*>(&target)),
+      sieves_{ShapeSieve(kPositionTolerance), ShapeSieve(kTexturedPositionTolerance), ShapeSieve(kPositionTolerance)} {}
+
+void DefinitionCopier::BorrowShapes() {
+    if (writer_ != nullptr) writer_->BorrowStored();
+}
+
+void DefinitionCopier::SetSource(IGeometryReader const& source, std::vector<bool> const& wanted) {
+    source_ = &source;
+    auto const* const stored = dynamic_cast<BufferGeometryReader const*>(&source);
+    storedSource_ = stored == nullptr || writer_ == nullptr ? nullptr : &stored->GetGeometry();
+    target_.known.reset();
+    scanner_ = ShapeScanner();
+    if (storedSource_ == nullptr) return;
+    std::array<std::size_t, 3> counts{};
+    for (std::uint32_t i = 0; i < wanted.size(); ++i) {
+        if (!wanted[i]) continue;
+        auto const kind = FindBRepKind(storedSource_->definitions()->Get(i)->kind());
+        if (kind) ++counts[static_cast<std::size_t>(*kind)];
+    }
+    for (std::size_t i = 0; i < counts.size(); ++i) sieves_[i].Reserve(counts[i]);
+}
+
+std::uint32_t DefinitionCopier::Copy(std::uint32_t definition, std::optional<DefinitionMove>& move) {
+    if (storedSource_ == nullptr) return CopyRead(definition, move);
+    auto const& info = *storedSource_->definitions()->Get(definition);
+    auto const kind = FindBRepKind(info.kind());
+    if (!kind) return CopyRead(definition, move);
+    if (info.kindIndex() >= CountShapes(*storedSource_, *kind)) return kInvalidIndex;
+    auto const shape = FindBRep(*storedSource_, info.kind(), info.kindIndex());
+    return shape ? CopyStored(*kind, *shape, move) : kInvalidIndex;
+}
+
+/// Copies through the public operations of the source.
+std::uint32_t DefinitionCopier::CopyRead(std::uint32_t definition, std::optional<DefinitionMove>& move) {
+    std::uint32_t const kind = source_->GetDefinitionKind(definition);
+    if (FindBRepKind(kind)) StopSieving();
+    switch (kind) {
+        case kFacetedBRep:
+            if (!source_->GetFacetedBRep(shape_.first, definition)) break;
+            return Add(shape_.first, shape_.first, move);
+        case kGraphicsContainer:
+            if (!source_->GetGraphicsContainer(graphics_, definition)) break;
+            return Add(graphics_, graphics_, move);
+        case kBRepWithUV:
+            if (!source_->GetFacetedBRep(shapeWithUVs_.first, definition)) break;
+            source_->GetTextureCoordinates(shapeWithUVs_.second, definition);
+            return Add(shapeWithUVs_, shapeWithUVs_.first, move);
+        case kBRepWithNormal:
+            if (!source_->GetFacetedBRep(shape_.first, definition)) break;
+            source_->GetVertexNormals(shape_.second, definition);
+            return Add(shape_, shape_.first, move);
+        default: break;
+    }
+    return kInvalidIndex;
+}
+
+template <class Content, class Shape>
+std::uint32_t DefinitionCopier::Add(Content const& content, Shape const& shape, std::optional<DefinitionMove>& move) {
+    AffineTransform writtenFromSource;
+    target_.hasWritten = false;
+    auto const index = static_cast<std::uint32_t>(unique_.Add(content, &writtenFromSource));
+    if (index != kInvalidIndex) move = FindMove(writtenFromSource, shape);
+    return index;
+}
+
+std::uint32_t DefinitionCopier::CopyStored(BRepKind kind, BRepView const& shape, std::optional<DefinitionMove>& move) {
+    ShapeScan const scan = scanner_.Scan(shape);
+    if (!scan.isSound) return kInvalidIndex;
+
+    // What is not a finite number agrees with nothing, so that such a shape is neither a copy nor has copies.
+    if (!scan.isFinite) return CopySearching(kind, shape, move);
+    if (LargestCoordinate(scan) > kLargestCoordinate) StopSieving();
+    if (!isSieving_) return CopySearching(kind, shape, move);
+
+    ShapeSieve& sieve = SieveOf(kind);
+    waiting_.clear();
+    bool const isAlone = !sieve.FindSimilar(scan.sketch, waiting_);
+    if (isAlone && scan.isStorable && (kind != BRepKind::kPlain || IsNearItsOrigin(scan))) {
+        auto const index = writer_->AddStored(kind, shape, scan.counts, scan.isRun, scan.min, scan.max);
+        sieve.Wait(scan.sketch, index);
+        return static_cast<std::uint32_t>(index);
+    }
+    MakeKnown(kind, waiting_);
+    std::uint32_t const index = CopySearching(kind, shape, move);
+    if (target_.hasWritten) sieve.Remember(scan.sketch);
+    return index;
+}
+
+std::uint32_t DefinitionCopier::CopySearching(BRepKind kind, BRepView const& shape,
+                                              std::optional<DefinitionMove>& move) {
+    if (kind == BRepKind::kWithUV) {
+        if (!ReadShape(shapeWithUVs_.first, shape)) return kInvalidIndex;
+        ReadTextureCoordinates(shapeWithUVs_.second, shape);
+        return Add(shapeWithUVs_, shapeWithUVs_.first, move);
+    }
+    if (!ReadShape(shape_.first, shape)) return kInvalidIndex;
+    if (kind == BRepKind::kPlain) return Add(shape_.first, shape_.first, move);
+    ReadNormals(shape_.second, shape);
+    return Add(shape_, shape_.first, move);
+}
+
+void DefinitionCopier::MakeKnown(BRepKind kind, std::vector<GeometryDefinitionIndex_t>& definitions) {
+    std::optional<DefinitionMove> ignored;
+    for (GeometryDefinitionIndex_t const definition : definitions) {
+        target_.known = definition;
+        CopySearching(kind, *writer_->FindShape(definition), ignored);
+    }
+    target_.known.reset();
+    definitions.clear();
+}
+
+void DefinitionCopier::StopSieving() {
+    if (!std::exchange(isSieving_, false)) return;
+    for (BRepKind const kind : {BRepKind::kPlain, BRepKind::kWithUV, BRepKind::kWithNormal}) {
+        waiting_.clear();
+        SieveOf(kind).ReleaseAll(waiting_);
+        MakeKnown(kind, waiting_);
+    }
+}
+
+}  // namespace Quorlan::Tools::Increments
