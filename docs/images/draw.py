@@ -168,7 +168,8 @@ def draw_picking():
     picture.line([add(center, (0, -6)), add(center, (0, 6))], ORANGE, 2)
     picture.arrow(add(center, (0, -half - 10)), add(center, (half, -half - 10)), ORANGE, 1)
     picture.text(add(center, (half / 2, -half - 26)), "tolerance", ORANGE, "middle")
-    for start, finish, color in (((480, 185), (735, 245), BLUE), ((675, 90), (700, 275), SOFT), ((455, 235), (545, 110), BLUE)):
+    edges = (((480, 185), (735, 245), BLUE), ((675, 90), (700, 275), SOFT), ((455, 235), (545, 110), BLUE))
+    for start, finish, color in edges:
         dx, dy = finish[0] - start[0], finish[1] - start[1]
         t = ((center[0] - start[0]) * dx + (center[1] - start[1]) * dy) / (dx * dx + dy * dy)
         nearest = add(start, (dx, dy), t)
@@ -199,15 +200,17 @@ def principal_line(points):
 
 def draw_thick_line(picture, start, end, radius, axis, color):
     side = (-axis[1], axis[0])
-    picture.polygon([add(start, side, radius), add(end, side, radius), add(end, side, -radius), add(start, side, -radius)],
-                    color, color, 1.2, "5 3")
+    corners = [add(start, side, radius), add(end, side, radius), add(end, side, -radius), add(start, side, -radius)]
+    picture.polygon(corners, color, color, 1.2, "5 3")
     picture.line([start, end], color, 2.5)
 
 
 def draw_lod_lines():
     picture = Picture(760, 270, "Two lines for a brace, and the one that is kept")
-    brace = [(0, 0), (14, 0), (14, 10), (196, 10), (196, 0), (210, 0), (210, 40), (196, 40), (196, 30), (14, 30), (14, 40), (0, 40)]
-    for left, words in ((0, "the box line: along the longest side of the box"), (380, "the principal line: kept, its cylinder is smaller")):
+    foot = [(0, 0), (14, 0), (14, 10), (196, 10), (196, 0), (210, 0)]
+    brace = foot + [(x, 40 - y) for x, y in reversed(foot)]
+    for left, words in ((0, "the box line: along the longest side of the box"),
+                        (380, "the principal line: kept, its cylinder is smaller")):
         points = place(brace, (left + 75, 60), 28)
         low = (min(p[0] for p in points), min(p[1] for p in points))
         high = (max(p[0] for p in points), max(p[1] for p in points))
@@ -235,9 +238,9 @@ def draw_quantities():
     picture.polygon(outer, BLUE, BLUE)
     picture.polygon(hole, ORANGE, None)
     picture.polygon(hole, None, "#ffffff")
-    for p, q, color in ((outer[0], outer[1], BLUE), (outer[1], outer[2], BLUE), (outer[2], outer[3], BLUE), (outer[3], outer[0], BLUE),
-                        (hole[0], hole[1], ORANGE), (hole[1], hole[2], ORANGE), (hole[2], hole[3], ORANGE), (hole[3], hole[0], ORANGE)):
-        picture.arrow(p, add(p, (q[0] - p[0], q[1] - p[1]), 0.55), color, 2)
+    for loop, color in ((outer, BLUE), (hole, ORANGE)):
+        for p, q in zip(loop, loop[1:] + loop[:1]):
+            picture.arrow(p, add(p, (q[0] - p[0], q[1] - p[1]), 0.55), color, 2)
     picture.text((95, 80), "+ outer loop", BLUE)
     picture.text((175, 131), "- hole", ORANGE, "middle")
     picture.arrow((60, 60), (60 + 45, 60), INK, 2)

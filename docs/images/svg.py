@@ -5,7 +5,8 @@ BLUE, ORANGE, GREEN, RED = "#2f6fb0", "#d9822b", "#3d8b5f", "#c23b3b"
 
 
 def number(value):
-    return f"{value:.2f}".rstrip("0").rstrip(".").replace("-0", "0") if abs(value) < 0.005 else f"{value:.2f}".rstrip("0").rstrip(".")
+    text = f"{value:.2f}".rstrip("0").rstrip(".")
+    return "0" if text == "-0" else text
 
 
 class Picture:
