@@ -37,8 +37,8 @@ std::string TablesOf(ManualCommand const& command) {
 
 std::string WriteMarkdown(Manual const& manual) {
     std::string page =
-        "<!-- Written by the program: quorlan reference >docs/commands.md -->\n\n"
-        "# The program `quorlan`\n\n" +
+        "# The program quorlan\n\n"
+        "<!-- Written by the program: quorlan reference >docs/commands.md -->\n\n" +
         manual.purpose +
         "\n\n"
         "    quorlan COMMAND [OPTIONS] ...\n"
