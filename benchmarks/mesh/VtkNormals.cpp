@@ -1,4 +1,4 @@
-#include "VtkNormals.h"
+#include "mesh/VtkNormals.h"
 
 #include <vtkCellArray.h>
 #include <vtkNew.h>
@@ -9,40 +9,6 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <vector>
-
-namespace {
-
-using Quorlan::Testing::RawBRep;
-using Quorlan::Testing::RawHole;
-
-/// The peer has no faces with holes: each hole is joined to the loop by a bridge from the nearest vertex, there and
-/// back, which is what its users do. Holes are taken in their order, so that each finds the one before it.
-std::vector<std::uint16_t> KeyholeLoop(RawBRep const& shape, std::uint16_t face) {
-    std::vector<std::uint16_t> loop = *(*shape.faces)[face];
-    if (!shape.holes) return loop;
-    auto const distance = [&](std::uint16_t a, std::uint16_t b) {
-        return Length((*shape.vertices)[a] - (*shape.vertices)[b]);
-    };
-    for (auto const& hole : *shape.holes) {
-        if (hole.face != face) continue;
-        std::size_t from = 0;
-        std::size_t to = 0;
-        for (std::size_t i = 0; i < loop.size(); ++i) {
-            for (std::size_t j = 0; j < hole.loop->size(); ++j) {
-                if (distance(loop[i], (*hole.loop)[j]) < distance(loop[from], (*hole.loop)[to])) from = i, to = j;
-            }
-        }
-        std::vector<std::uint16_t> detour;
-        for (std::size_t j = 0; j <= hole.loop->size(); ++j)
-            detour.push_back((*hole.loop)[(to + j) % hole.loop->size()]);
-        detour.push_back(loop[from]);
-        loop.insert(loop.begin() + static_cast<std::ptrdiff_t>(from) + 1, detour.begin(), detour.end());
-    }
-    return loop;
-}
-
-}  // namespace
 
 struct VtkNormals::Pipeline {
     vtkNew<vtkPolyData> mesh;
@@ -55,7 +21,7 @@ VtkNormals::VtkNormals(Quorlan::Testing::RawBRep const& shape) : pipeline_(std::
     for (auto const& v : *shape.vertices) points->InsertNextPoint(v.x, v.y, v.z);
     vtkNew<vtkCellArray> faces;
     for (std::uint16_t f = 0; f < shape.faces->size(); ++f) {
-        auto const loop = KeyholeLoop(shape, f);
+        auto const& loop = *(*shape.faces)[f];
         faces->InsertNextCell(static_cast<int>(loop.size()));
         for (auto const index : loop) faces->InsertCellPoint(index);
     }

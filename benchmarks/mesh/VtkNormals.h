@@ -7,6 +7,7 @@
 /// The same work with VTK: vtkPolyDataNormals with a feature angle and splitting, then vtkTriangleFilter.
 class VtkNormals {
 public:
+    /// REQUIRES: no face has holes.
     explicit VtkNormals(Quorlan::Testing::RawBRep const& shape);
     ~VtkNormals();
 

@@ -1,7 +1,7 @@
+#include "picking/BoxTreePeers.h"
 #include "picking/Campus.h"
 
-#include <Tools/BoundingBoxBuilder.h>
-#include <Tools/Picking/ModelPicker.h>
+#include <Tools/Picking/ViewProjection.h>
 
 #include <BulletCollision/BroadphaseCollision/btQuantizedBvh.h>
 #include <benchmark/benchmark.h>
@@ -48,9 +48,7 @@ std::unique_ptr<btQuantizedBvh> BuildTree(std::vector<AxisAlignedBox3> const& bo
 
 void FindCandidatesWithBullet(benchmark::State& state) {
     Campus const& campus = CampusBenchmark::GetCampus(static_cast<std::uint32_t>(state.range(0)));
-    Quorlan::Tools::BoundingBoxBuilder boxes;
-    boxes.Build(campus.buffer.data());
-    auto const tree = BuildTree(boxes.getBoundingBoxes());
+    auto const tree = BuildTree(ComputeBoxes(campus));
     std::size_t next = 0;
     Counter counter;
     for (auto _ : state) {

@@ -63,6 +63,14 @@ void FindCandidates(benchmark::State& state) {
     });
 }
 
+/// What a query costs before its tree is asked: the camera, the inverse of the transform, the list of candidates.
+void FindCandidatesInNoTree(benchmark::State& state) {
+    Campus const& campus = GetCampus(state);
+    CampusBenchmark::QuantizedAxisAlignedBoxTree const none({}, {1, 1, 1}, {});
+    RunPicks<ModelPicker>(state, campus,
+                          [&](ModelPicker& picker) { return picker.PickSurfaces(campus.buffer, {}, KeepAll, none); });
+}
+
 void PickEdges(benchmark::State& state) {
     Campus const& campus = GetCampus(state);
     RunPicks<ModelPicker>(state, campus, [&](ModelPicker& picker) {
@@ -92,6 +100,7 @@ void Sizes(benchmark::internal::Benchmark* benchmark) {
 
 BENCHMARK(PickSurfaces)->Apply(Sizes);
 BENCHMARK(FindCandidates)->Apply(Sizes);
+BENCHMARK(FindCandidatesInNoTree)->Arg(1000)->Unit(benchmark::kMicrosecond);
 BENCHMARK(PickEdges)->Apply(Sizes);
 BENCHMARK(PickLines)->Apply(Sizes);
 BENCHMARK(PickSurfacesOfAllInstances)->RangeMultiplier(10)->Range(1000, 10000)->Unit(benchmark::kMicrosecond);

@@ -1,5 +1,7 @@
 #include "analysis/BRepMeter.h"
 
+#include "analysis/SmallFaceLanes.h"
+
 #include <algorithm>
 
 namespace Quorlan {
@@ -50,52 +52,144 @@ double ComputeFaceArea(FaceLoops const& face) {
     return area;
 }
 
-/// Volume and first moment of the tetrahedra between the triangles of a surface and the first corner of the first.
-class TetrahedronSum {
+/// Whether a loop has three or four corners, all of which exist.
+bool IsSmall(BRepView const& brep, flatbuffers::Vector<std::uint16_t> const* loop) {
+    std::uint32_t const count = CountOf(loop);
+    if (count != 3 && count != 4) return false;
+    std::uint16_t const* const indices = loop->data();
+    std::uint32_t const highest = std::max({indices[0], indices[1], indices[2], indices[count - 1]});
+    return highest < brep.vertexCount;
+}
+
+}  // namespace
+
+/// What is summed face by face: the area, and volume and first moment of the tetrahedra between the triangles of the
+/// surface and the first corner of the first.
+class BRepMeter::Sums {
 public:
-    void Add(Vertex const& p0, Vertex const& p1, Vertex const& p2) {
+    void AddArea(double area) { area_ += area; }
+
+    void AddTriangle(Vertex const& p0, Vertex const& p1, Vertex const& p2) {
         if (isEmpty_) apex_ = p0;
         isEmpty_ = false;
         double const volume = Dot(p0 - apex_, Cross(p1 - apex_, p2 - apex_)) / 6;
-        volume_ += volume;
-        moment_ = moment_ + (apex_ + p0 + p1 + p2) * 0.25 * volume;
+        AddTetrahedron(volume, (apex_ + p0 + p1 + p2) * 0.25 * volume);
     }
 
-    double GetVolume() const { return volume_; }
-    Vertex ComputeCentroid() const { return isEmpty_ ? Vertex() : moment_ / volume_; }
+    /// REQUIRES: it was computed with the apex.
+    void AddTetrahedron(double volume, Vertex const& moment) {
+        volume_ += volume;
+        moment_ = moment_ + moment;
+    }
+
+    /// The apex, which is `p0` if no triangle was added yet.
+    Vertex const& GetApex(Vertex const& p0) {
+        if (isEmpty_) apex_ = p0;
+        isEmpty_ = false;
+        return apex_;
+    }
+
+    BRepQuantities GetQuantities() const { return {area_, volume_, isEmpty_ ? Vertex() : moment_ / volume_}; }
 
 private:
+    double area_ = 0;
     bool isEmpty_ = true;
     Vertex apex_;
     double volume_ = 0;
     Vertex moment_;
 };
 
-}  // namespace
+/// Faces in a row that have three corners each, or four, and no holes.
+struct BRepMeter::SmallFaces {
+    std::uint16_t const* loops[kSmallFaceCount] = {};
+    std::uint32_t faces[kSmallFaceCount] = {};
+    std::size_t size = 0;
+    std::size_t cornerCount = 0;
+};
 
 BRepQuantities BRepMeter::Measure(BRepView const& brep) {
-    positions_.resize(brep.vertexCount);
-    for (std::uint32_t i = 0; i < brep.vertexCount; ++i) positions_[i] = ToVertex(brep.GetPosition(i));
     ReadHoleOrder(brep);
-
-    double area = 0;
-    TetrahedronSum sum;
-    auto hole = holesByFace_.begin();
+    Sums sums;
+    SmallFaces small;
+    std::size_t hole = 0;
     for (std::uint32_t f = 0; f < CountOf(brep.faces); ++f) {
-        face_.corners.clear();
-        face_.ends.clear();
-        bool const hasOuterLoop = AppendLoop(brep.faces->Get(f)->outerLoop());
-        for (; hole != holesByFace_.end() && hole->first == f; ++hole) {
-            if (hasOuterLoop) AppendLoop(brep.holes->Get(hole->second)->innerLoop());
-        }
-        if (!hasOuterLoop) continue;
-        area += ComputeFaceArea(face_);
-        auto const& triangles = triangulator_.Triangulate(face_);
-        for (std::size_t t = 0; t < triangles.size(); t += 3) {
-            sum.Add(face_.corners[triangles[t]], face_.corners[triangles[t + 1]], face_.corners[triangles[t + 2]]);
+        auto const* const loop = brep.faces->Get(f)->outerLoop();
+        std::size_t const holesBegin = hole;
+        while (hole != holesByFace_.size() && holesByFace_[hole].first == f) ++hole;
+        std::size_t const cornerCount = CountOf(loop);
+        if (holesBegin == hole && IsSmall(brep, loop)) {
+            if (small.size == kSmallFaceCount || small.cornerCount != cornerCount) {
+                AddSmallFaces(brep, small, sums);
+            }
+            small.cornerCount = cornerCount;
+            small.faces[small.size] = f;
+            small.loops[small.size++] = loop->data();
+        } else {
+            AddSmallFaces(brep, small, sums);
+            AddFace(brep, f, holesBegin, hole, sums);
         }
     }
-    return {area, sum.GetVolume(), sum.ComputeCentroid()};
+    AddSmallFaces(brep, small, sums);
+    return sums.GetQuantities();
+}
+
+/// Adds the faces in their order and removes them.
+void BRepMeter::AddSmallFaces(BRepView const& brep, SmallFaces& faces, Sums& sums) {
+    if (faces.size == 0) return;
+    for (std::size_t i = faces.size; i < kSmallFaceCount; ++i) faces.loops[i] = faces.loops[faces.size - 1];
+    bool const isAdded = faces.cornerCount == 3 ? AddInLanes<3>(brep, faces, sums) : AddInLanes<4>(brep, faces, sums);
+    if (!isAdded) {
+        for (std::size_t i = 0; i < faces.size; ++i) AddFace(brep, faces.faces[i], 0, 0, sums);
+    }
+    faces.size = 0;
+}
+
+/// RETURNS false, with nothing added, where a quadrilateral needs its ears cut or lengths have to be compared by roots.
+template <std::size_t CornerCount>
+bool BRepMeter::AddInLanes(BRepView const& brep, SmallFaces const& faces, Sums& sums) {
+    SmallFaceLanes<CornerCount> const lanes(brep, faces.loops);
+    if constexpr (CornerCount == 4) {
+        if (!lanes.AreConvex()) return false;
+    }
+    if (!lanes.CanCompareSquares()) return false;
+
+    double areas[4];
+    Store(lanes.ComputeAreas(kShortestNormal), areas);
+    auto const apex = Broadcast(sums.GetApex(ToVertex(brep.GetPosition(faces.loops[0][0]))));
+    double volume[CornerCount - 2][4];
+    double moment[CornerCount - 2][3][4];
+    for (std::size_t t = 0; t < CornerCount - 2; ++t) {
+        Double4 volumes(0.0);
+        VectorLanes<Double4> moments;
+        lanes.ComputeTetrahedra(apex, t + 1, volumes, moments);
+        Store(volumes, volume[t]);
+        Store(moments.x, moment[t][0]);
+        Store(moments.y, moment[t][1]);
+        Store(moments.z, moment[t][2]);
+    }
+    for (std::size_t i = 0; i < faces.size; ++i) {
+        sums.AddArea(areas[i]);
+        for (std::size_t t = 0; t < CornerCount - 2; ++t) {
+            sums.AddTetrahedron(volume[t][i], {moment[t][0][i], moment[t][1][i], moment[t][2][i]});
+        }
+    }
+    return true;
+}
+
+/// Adds any face with the holes at these places of `holesByFace_`.
+void BRepMeter::AddFace(BRepView const& brep, std::uint32_t face, std::size_t holesBegin, std::size_t holesEnd,
+                        Sums& sums) {
+    face_.corners.clear();
+    face_.ends.clear();
+    if (!AppendLoop(brep, brep.faces->Get(face)->outerLoop())) return;
+    for (std::size_t h = holesBegin; h < holesEnd; ++h) {
+        AppendLoop(brep, brep.holes->Get(holesByFace_[h].second)->innerLoop());
+    }
+    sums.AddArea(ComputeFaceArea(face_));
+    auto const& triangles = triangulator_.Triangulate(face_);
+    for (std::size_t t = 0; t < triangles.size(); t += 3) {
+        sums.AddTriangle(face_.corners[triangles[t]], face_.corners[triangles[t + 1]], face_.corners[triangles[t + 2]]);
+    }
 }
 
 /// Holes by ascending face, those of one face in stored order.
@@ -106,15 +200,15 @@ void BRepMeter::ReadHoleOrder(BRepView const& brep) {
 }
 
 /// Appends the corners of a loop. RETURNS false, with nothing appended, if it is absent, empty or leads nowhere.
-bool BRepMeter::AppendLoop(flatbuffers::Vector<std::uint16_t> const* loop) {
+bool BRepMeter::AppendLoop(BRepView const& brep, flatbuffers::Vector<std::uint16_t> const* loop) {
     if (CountOf(loop) == 0) return false;
     std::size_t const begin = face_.corners.size();
     for (std::uint16_t const index : *loop) {
-        if (index >= positions_.size()) {
+        if (index >= brep.vertexCount) {
             face_.corners.resize(begin);
             return false;
         }
-        face_.corners.push_back(positions_[index]);
+        face_.corners.push_back(ToVertex(brep.GetPosition(index)));
     }
     face_.ends.push_back(face_.corners.size());
     return true;

@@ -3,6 +3,7 @@
 #include "analysis/PlanarTriangulator.h"
 #include "model/ModelView.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 #include <vector>
@@ -22,10 +23,16 @@ public:
     BRepQuantities Measure(BRepView const& brep);
 
 private:
-    void ReadHoleOrder(BRepView const& brep);
-    bool AppendLoop(flatbuffers::Vector<std::uint16_t> const* loop);
+    class Sums;
+    struct SmallFaces;
 
-    std::vector<Vertex> positions_;
+    void ReadHoleOrder(BRepView const& brep);
+    void AddSmallFaces(BRepView const& brep, SmallFaces& faces, Sums& sums);
+    template <std::size_t CornerCount>
+    bool AddInLanes(BRepView const& brep, SmallFaces const& faces, Sums& sums);
+    void AddFace(BRepView const& brep, std::uint32_t face, std::size_t holesBegin, std::size_t holesEnd, Sums& sums);
+    bool AppendLoop(BRepView const& brep, flatbuffers::Vector<std::uint16_t> const* loop);
+
     std::vector<std::pair<std::uint32_t, std::uint32_t>> holesByFace_;  ///< (face, hole), ascending
     FaceLoops face_;
     PlanarTriangulator triangulator_;

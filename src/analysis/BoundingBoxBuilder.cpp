@@ -1,7 +1,7 @@
 #include <Tools/BoundingBoxBuilder.h>
 
-#include "analysis/InstanceLanes.h"
 #include "geometry/Frame.h"
+#include "model/InstanceLanes.h"
 #include "model/ModelView.h"
 
 namespace Quorlan::Tools {

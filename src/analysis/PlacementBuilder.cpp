@@ -1,6 +1,6 @@
 #include <Tools/PlacementBuilder.h>
 
-#include "analysis/InstanceLanes.h"
+#include "model/InstanceLanes.h"
 #include "model/ModelView.h"
 
 namespace Quorlan::Tools {

@@ -89,7 +89,8 @@ bool PlanarTriangulator::Project(FaceLoops const& face) {
 /// holes leave.
 bool PlanarTriangulator::CutEars() {
     if (rings_.size() > 1 && !holeLinks_.IsSafe(rings_)) return false;
-    triangles_ = mapbox::earcut<std::uint32_t>(rings_);
+    bool const isConvex = rings_.size() == 1 && convexEars_.Cut(rings_[0].data(), rings_[0].size(), triangles_);
+    if (!isConvex) triangles_ = mapbox::earcut<std::uint32_t>(rings_);
 
     double const outerArea = ComputeSignedArea(rings_[0]);
     double missing = outerArea;

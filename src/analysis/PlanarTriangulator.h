@@ -1,5 +1,6 @@
 #pragma once
 
+#include "geometry/ConvexEars.h"
 #include "geometry/HoleLinkCheck.h"
 
 #include <GeometryObjectLib/Vertex.h>
@@ -40,6 +41,7 @@ private:
 
     std::vector<std::vector<Point>> rings_;
     std::vector<std::uint32_t> triangles_;
+    GeometryObjectLib::ConvexEars<Point, std::uint32_t> convexEars_;
     GeometryObjectLib::HoleLinkCheck holeLinks_;
 };
 

@@ -37,6 +37,8 @@ struct PlainMask {
     }
 };
 
+inline bool AreAll(PlainMask const& a) { return a.lane[0] && a.lane[1] && a.lane[2] && a.lane[3]; }
+
 template <class T>
 struct PlainLanes {
     T lane[4];
@@ -108,6 +110,10 @@ struct PlainLanes {
 };
 
 inline PlainLanes<double> Widen(PlainLanes<float> const& a) { return {a.lane[0], a.lane[1], a.lane[2], a.lane[3]}; }
+inline PlainLanes<float> Narrow(PlainLanes<double> const& a) {
+    return {static_cast<float>(a.lane[0]), static_cast<float>(a.lane[1]), static_cast<float>(a.lane[2]),
+            static_cast<float>(a.lane[3])};
+}
 
 #if QUORLAN_HAS_SSE2
 
@@ -153,6 +159,24 @@ struct Float4 {
     }
 };
 
+/// The same for doubles.
+struct DoubleMask4 {
+    __m128d lo;
+    __m128d hi;
+
+    friend DoubleMask4 operator!(DoubleMask4 a) {
+        __m128d const all = _mm_castsi128_pd(_mm_set1_epi32(-1));
+        return {_mm_xor_pd(a.lo, all), _mm_xor_pd(a.hi, all)};
+    }
+    friend DoubleMask4 operator&(DoubleMask4 a, DoubleMask4 b) {
+        return {_mm_and_pd(a.lo, b.lo), _mm_and_pd(a.hi, b.hi)};
+    }
+    friend DoubleMask4 operator|(DoubleMask4 a, DoubleMask4 b) {
+        return {_mm_or_pd(a.lo, b.lo), _mm_or_pd(a.hi, b.hi)};
+    }
+    friend bool AreAll(DoubleMask4 a) { return _mm_movemask_pd(_mm_and_pd(a.lo, a.hi)) == 0x3; }
+};
+
 struct Double4 {
     __m128d lo;
     __m128d hi;
@@ -168,6 +192,15 @@ struct Double4 {
     friend Double4 operator/(Double4 a, Double4 b) { return {_mm_div_pd(a.lo, b.lo), _mm_div_pd(a.hi, b.hi)}; }
     friend Double4 Min(Double4 a, Double4 b) { return {_mm_min_pd(b.lo, a.lo), _mm_min_pd(b.hi, a.hi)}; }
     friend Double4 Max(Double4 a, Double4 b) { return {_mm_max_pd(b.lo, a.lo), _mm_max_pd(b.hi, a.hi)}; }
+    friend DoubleMask4 operator<(Double4 a, Double4 b) { return {_mm_cmplt_pd(a.lo, b.lo), _mm_cmplt_pd(a.hi, b.hi)}; }
+    friend Double4 Select(DoubleMask4 mask, Double4 a, Double4 b) {
+        return {_mm_or_pd(_mm_and_pd(mask.lo, a.lo), _mm_andnot_pd(mask.lo, b.lo)),
+                _mm_or_pd(_mm_and_pd(mask.hi, a.hi), _mm_andnot_pd(mask.hi, b.hi))};
+    }
+    friend void Store(Double4 a, double* out) {
+        _mm_storeu_pd(out, a.lo);
+        _mm_storeu_pd(out + 2, a.hi);
+    }
     friend Double4 Sqrt(Double4 a) { return {_mm_sqrt_pd(a.lo), _mm_sqrt_pd(a.hi)}; }
     friend bool AreOne(Double4 a, Double4 b, Double4 c) {
         __m128d const one = _mm_set1_pd(1);
@@ -183,6 +216,7 @@ struct Double4 {
 };
 
 inline Double4 Widen(Float4 a) { return {_mm_cvtps_pd(a.v), _mm_cvtps_pd(_mm_movehl_ps(a.v, a.v))}; }
+inline Float4 Narrow(Double4 a) { return _mm_movelh_ps(_mm_cvtpd_ps(a.lo), _mm_cvtpd_ps(a.hi)); }
 
 #else
 
@@ -214,6 +248,8 @@ struct VectorLanes {
 };
 
 inline VectorLanes<Double4> Widen(VectorLanes<Float4> const& a) { return {Widen(a.x), Widen(a.y), Widen(a.z)}; }
+
+inline VectorLanes<Float4> Narrow(VectorLanes<Double4> const& a) { return {Narrow(a.x), Narrow(a.y), Narrow(a.z)}; }
 
 inline VectorLanes<Float4> Broadcast(Vector3f const& v) { return {Float4(v.x), Float4(v.y), Float4(v.z)}; }
 inline VectorLanes<Double4> Broadcast(Vertex const& v) { return {Double4(v.x), Double4(v.y), Double4(v.z)}; }

@@ -1,12 +1,13 @@
 #pragma once
 
+#include "geometry/ConvexEars.h"
 #include "geometry/HoleLinkCheck.h"
-#include "mesh/ConvexEars.h"
 
 #include <GeometryObjectLib/Vector3f.h>
 
 #include <mapbox/earcut.hpp>
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -14,6 +15,9 @@
 namespace Quorlan::Tools {
 
 using GeometryObjectLib::Vector3f;
+
+/// A point of a face projected to its plane.
+using PlanePoint = std::array<float, 2>;
 
 /// The vertex indices of one loop.
 struct IndexLoop {
@@ -47,7 +51,7 @@ private:
     std::vector<PlanePoint> points_;
     std::vector<Ring> rings_;
     std::vector<std::uint16_t> triangles_;
-    ConvexEars convexEars_;
+    GeometryObjectLib::ConvexEars<PlanePoint, std::uint16_t> convexEars_;
     GeometryObjectLib::HoleLinkCheck holeLinks_;
     mapbox::detail::Earcut<std::uint16_t> earcut_;  ///< reused, as its result keeps its memory
 };

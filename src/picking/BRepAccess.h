@@ -1,5 +1,6 @@
 #pragma once
 
+#include "geometry/LaneMoves.h"
 #include "model/ModelView.h"
 
 #include <GeometryObjectLib/FacetedBRep.h>
@@ -12,6 +13,11 @@
 /// How the ray builders see a BRep. The algorithms are templates over an access, of which there are two with the same
 /// members: one for a shape in memory, one for a shape in a model buffer.
 namespace Quorlan::Tools::Picking {
+
+using GeometryObjectLib::Float4;
+using GeometryObjectLib::LoadTriple;
+using GeometryObjectLib::Mask4;
+using GeometryObjectLib::VectorLanes;
 
 /// A loop of vertex indices where it lies: 32 bits wide in memory, 16 bits wide in a buffer.
 template <class Index>
@@ -31,12 +37,22 @@ public:
 
     Vector3f GetPosition(std::size_t index) const { return GeometryObjectLib::ToVector3f(brep_.vertices[index]); }
 
+    /// The same in the lanes x, y, z, 0.
+    Float4 GetPositionLanes(std::size_t index) const {
+        Vector3f const p = GetPosition(index);
+        return {p.x, p.y, p.z, 0};
+    }
+
+    std::size_t GetFaceCount() const { return brep_.faces.size(); }
+    LoopView<std::uint32_t> GetFace(std::size_t face) const {
+        return {brep_.faces[face].data(), brep_.faces[face].size()};
+    }
+    bool HasHoles() const { return !brep_.holes.empty(); }
+
     /// Calls visit(face index, loop) for the outer loops in ascending face order.
     template <class Visit>
     void ForEachFace(Visit&& visit) const {
-        for (std::size_t face = 0; face < brep_.faces.size(); ++face) {
-            visit(std::uint64_t{face}, LoopView<std::uint32_t>{brep_.faces[face].data(), brep_.faces[face].size()});
-        }
+        for (std::size_t face = 0; face < brep_.faces.size(); ++face) visit(std::uint64_t{face}, GetFace(face));
     }
 
     /// Calls visit(face index, loop) for the inner loops: by ascending face, each face's in their order.
@@ -58,13 +74,24 @@ public:
 
     Vector3f GetPosition(std::size_t index) const { return brep_.GetPosition(static_cast<std::uint32_t>(index)); }
 
+    /// The same in the lanes x, y, z, 0. Before the first vertex stands the length of their vector.
+    Float4 GetPositionLanes(std::size_t index) const { return LoadTriple(brep_.vertices + index * brep_.vertexStride); }
+
+    std::size_t GetFaceCount() const { return CountOf(brep_.faces); }
+    /// An empty loop where the face or its loop is absent.
+    LoopView<std::uint16_t> GetFace(std::size_t face) const {
+        auto const* const table = brep_.faces->Get(static_cast<std::uint32_t>(face));
+        return table == nullptr || table->outerLoop() == nullptr ? LoopView<std::uint16_t>()
+                                                                 : View(*table->outerLoop());
+    }
+    bool HasHoles() const { return CountOf(brep_.holes) != 0; }
+
     /// Calls visit(face index, loop) for the outer loops in ascending face order.
     template <class Visit>
     void ForEachFace(Visit&& visit) const {
-        for (std::uint32_t face = 0; face < CountOf(brep_.faces); ++face) {
-            auto const* const table = brep_.faces->Get(face);
-            if (table == nullptr || table->outerLoop() == nullptr) continue;
-            visit(std::uint64_t{face}, View(*table->outerLoop()));
+        for (std::size_t face = 0; face < GetFaceCount(); ++face) {
+            auto const loop = GetFace(face);
+            if (loop.indices != nullptr) visit(std::uint64_t{face}, loop);
         }
     }
 

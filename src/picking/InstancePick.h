@@ -4,7 +4,8 @@
 #include "picking/ClippingPlanes.h"
 #include "picking/ModelRay.h"
 
-#include <glm/vec3.hpp>
+#include <GeometryObjectLib/Ray3f.h>
+
 #include <glm/vec4.hpp>
 
 #include <cmath>
@@ -54,43 +55,42 @@ inline DoubleFrame ToWideFrame(Schema::Placement const& placement) {
     return {{placement.x(), placement.y(), placement.z()}, Normalize(x), Normalize(y), Normalize(Cross(x, y))};
 }
 
-/// A pick that moves from instance to instance: the ray and the clipping planes in the coordinates of the definition
-/// that the instance places, narrowed last. Nothing is allocated after construction.
+/// A pick in the coordinates of the definitions that instances place, narrowed last: the parts of it that are not asked
+/// for every instance. Nothing is allocated after construction.
 class InstancePick {
 public:
     InstancePick(ModelView const& model, ModelRay const& ray, std::vector<WidePlane> planes)
         : model_(model), ray_(ray), planes_(std::move(planes)), localPlanes_(planes_.size()) {}
 
-    /// REQUIRES: the model has the placement and the entity of `instance`.
-    void MoveTo(Schema::Instance const& instance) {
-        frame_ = InstanceFrame(ToWideFrame(model_.records->Get(instance.entityIndex())->placement()) *
-                               ToWideFrame(*model_.geometry->placements()->Get(instance.placementIndex())));
-        origin_ = Narrow(frame_.ToLocalPoint(ray_.origin));
-        direction_ = Narrow(frame_.ToLocalDirection(ray_.direction));
-        DoubleFrame const& f = frame_.modelFromLocal;
-        for (std::size_t i = 0; i < planes_.size(); ++i) {
-            WidePlane const plane = CarryPlane(planes_[i], f.x, f.y, f.z, f.origin);
-            localPlanes_[i] = glm::vec4(Narrow(plane.normal), static_cast<float>(plane.distance));
-        }
+    /// REQUIRES of all: the model has the placement and the entity of `instance`.
+    InstanceFrame GetFrameOf(Schema::Instance const& instance) const {
+        return InstanceFrame(ToWideFrame(model_.records->Get(instance.entityIndex())->placement()) *
+                             ToWideFrame(*model_.geometry->placements()->Get(instance.placementIndex())));
     }
 
-    glm::vec3 const& GetOrigin() const { return origin_; }
-    glm::vec3 const& GetDirection() const { return direction_; }
-    std::vector<glm::vec4> const& GetClippingPlanes() const { return localPlanes_; }
-    InstanceFrame const& GetFrame() const { return frame_; }
+    GeometryObjectLib::Ray3f GetRayOf(Schema::Instance const& instance) const {
+        InstanceFrame const frame = GetFrameOf(instance);
+        return {GeometryObjectLib::ToVector3f(frame.ToLocalPoint(ray_.origin)),
+                GeometryObjectLib::ToVector3f(frame.ToLocalDirection(ray_.direction))};
+    }
+
+    /// The clipping planes, valid until the next call.
+    std::vector<glm::vec4> const& GetClippingPlanesOf(Schema::Instance const& instance) {
+        if (planes_.empty()) return localPlanes_;
+        DoubleFrame const frame = GetFrameOf(instance).modelFromLocal;
+        for (std::size_t i = 0; i < planes_.size(); ++i) {
+            WidePlane const plane = CarryPlane(planes_[i], frame.x, frame.y, frame.z, frame.origin);
+            localPlanes_[i] = {static_cast<float>(plane.normal.x), static_cast<float>(plane.normal.y),
+                               static_cast<float>(plane.normal.z), static_cast<float>(plane.distance)};
+        }
+        return localPlanes_;
+    }
 
 private:
-    static glm::vec3 Narrow(Vertex const& v) {
-        return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
-    }
-
     ModelView model_;
     ModelRay ray_;
     std::vector<WidePlane> planes_;
     std::vector<glm::vec4> localPlanes_;
-    InstanceFrame frame_;
-    glm::vec3 origin_{0, 0, 0};
-    glm::vec3 direction_{0, 0, 0};
 };
 
 }  // namespace Quorlan::Tools::Picking

@@ -1,13 +1,16 @@
+#include "picking/ContentBounds.h"
 #include "picking/InstancePick.h"
+#include "picking/InstanceRays.h"
+#include "picking/SurfaceIntersection.h"
 
 #include <Quorlan/ModelTypes.h>
 #include <Tools/Picking/ModelInstancesPicker.h>
 #include <Tools/Picking/RayToBRepEdgesBuilder.h>
-#include <Tools/Picking/RayToBRepSurfaceIntersectionBuilder.h>
 #include <Tools/Picking/RayToGraphicsContainerBuilder.h>
 
 #include <glm/geometric.hpp>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -17,9 +20,8 @@ namespace Quorlan::Tools::Picking {
 /// The best hit so far, in the coordinates of its definition.
 struct ModelInstancesPicker::Hit {
     float t = std::numeric_limits<float>::max();  // unchanged: no hit
-    glm::vec3 position{0, 0, 0};
-    glm::vec3 normal{1, 0, 0};
-    InstanceFrame frame;
+    Vector3f position;
+    Vector3f normal{1, 0, 0};
     unsigned instance = kInvalidIndex;
     unsigned primitive = kInvalidIndex;
 
@@ -27,6 +29,8 @@ struct ModelInstancesPicker::Hit {
 };
 
 namespace {
+
+constexpr std::size_t kPrefetchedRays = 8;  ///< instances whose records are fetched ahead of their rays
 
 /// The model of a buffer that is trusted and not asked for its identifier. Empty where there can be no instances.
 std::optional<ModelView> OpenTrusted(std::vector<char> const& buffer) {
@@ -37,36 +41,8 @@ std::optional<ModelView> OpenTrusted(std::vector<char> const& buffer) {
     return ModelView{entities->records(), geometry};
 }
 
-/// The least t at which a ray of unit length can be as deep as the nearest point of the definition's bounds.
-float GetLeastParameter(Schema::GeometryDefinitionInfo const& definition, InstancePick const& pick) {
-    Vector3f const lo = ToVector3f(definition.boundsMin());
-    Vector3f const hi = ToVector3f(definition.boundsMax());
-    Vector3f const center = (lo + hi) / 2;
-    Vector3f const halfExtent = (hi - lo) / 2;
-    glm::vec3 const& o = pick.GetOrigin();
-    glm::vec3 const& d = pick.GetDirection();
-    return ((center.x - o.x) * d.x + (center.y - o.y) * d.y + (center.z - o.z) * d.z) -
-           (std::abs(d.x) * halfExtent.x + std::abs(d.y) * halfExtent.y + std::abs(d.z) * halfExtent.z);
-}
-
 bool IsTwoSided(Schema::Geometry const& geometry, std::uint32_t material) {
     return material < CountOf(geometry.materials()) && geometry.materials()->Get(material)->twoSided() == 1;
-}
-
-/// RETURNS false also for a definition that is no BRep.
-template <class Builder>
-bool BuildBRepOfKind(Builder& builder, Schema::GeometryDefinitionInfo const& definition, InstancePick const& pick,
-                     std::vector<char> const& buffer) {
-    auto const build = [&](auto operation) {
-        return (builder.*operation)(pick.GetOrigin(), pick.GetDirection(), pick.GetClippingPlanes(), buffer,
-                                    definition.kindIndex());
-    };
-    switch (definition.kind()) {
-        case kFacetedBRep: return build(&Builder::BuildBRep);
-        case kBRepWithUV: return build(&Builder::BuildBRepWithUV);
-        case kBRepWithNormal: return build(&Builder::BuildBRepWithNormal);
-        default: return false;
-    }
 }
 
 /// The definition kinds of the types, bit k for kind k.
@@ -99,10 +75,11 @@ public:
     }
 
     /// [pixels] REQUIRES: `t` is the ray parameter of `point`.
-    float GetDistance(InstancePick const& pick, glm::vec3 const& point, float t) const {
-        glm::vec3 const toPoint = point - pick.GetOrigin();
-        float const along = glm::dot(pick.GetDirection(), toPoint);
-        float const distance = glm::length(toPoint - along * pick.GetDirection());
+    float GetDistance(Ray3f const& ray, glm::vec3 const& point, float t) const {
+        glm::vec3 const direction = ToGlm(ray.direction);
+        glm::vec3 const toPoint = point - ToGlm(ray.origin);
+        float const along = glm::dot(direction, toPoint);
+        float const distance = glm::length(toPoint - along * direction);
         return (distance / t) * focalDistance_ + distance * pixelsPerUnit_;
     }
 
@@ -121,25 +98,73 @@ struct EdgeHit {
 /// Both edge builders of a pick behind one operation.
 class EdgeFinder {
 public:
-    bool Find(EdgeHit& hit, Schema::GeometryDefinitionInfo const& definition, InstancePick const& pick,
-              std::vector<char> const& buffer) {
+    bool Find(EdgeHit& hit, Schema::GeometryDefinitionInfo const& definition, Ray3f const& ray,
+              std::vector<glm::vec4> const& planes, std::vector<char> const& buffer) {
+        glm::vec3 const origin = ToGlm(ray.origin);
+        glm::vec3 const direction = ToGlm(ray.direction);
         if (definition.kind() == kGraphicsContainer) {
-            if (!lines_.Build(pick.GetOrigin(), pick.GetDirection(), pick.GetClippingPlanes(), buffer,
-                              definition.kindIndex())) {
-                return false;
-            }
+            if (!lines_.Build(origin, direction, planes, buffer, definition.kindIndex())) return false;
             hit = {lines_.GetNearestPoint(), lines_.GetRayParameter(), lines_.HitSegmentNumber()};
             return true;
         }
-        if (!BuildBRepOfKind(edges_, definition, pick, buffer)) return false;
+        auto const build = [&](auto operation) {
+            return (edges_.*operation)(origin, direction, planes, buffer, definition.kindIndex());
+        };
+        if (!BuildOfKind(definition.kind(), build)) return false;
         hit = {edges_.GetEdgePoint(), edges_.GetRayParameter(), static_cast<unsigned>(edges_.GetWireIndex())};
         return true;
     }
 
 private:
+    template <class Build>
+    static bool BuildOfKind(std::uint8_t kind, Build const& build) {
+        switch (kind) {
+            case kFacetedBRep: return build(&RayToBRepEdgesBuilder::BuildBRep);
+            case kBRepWithUV: return build(&RayToBRepEdgesBuilder::BuildBRepWithUV);
+            case kBRepWithNormal: return build(&RayToBRepEdgesBuilder::BuildBRepWithNormal);
+            default: return false;
+        }
+    }
+
     RayToBRepEdgesBuilder edges_;
     RayToGraphicsContainerBuilder lines_;
 };
+
+/// An instance whose edges are to be measured, and what is less than the ray parameter of any point of them.
+struct EdgeCandidate {
+    float lowerBound;
+    std::uint32_t place;  // in the list
+    Ray3f ray;            // in the coordinates of its definition
+
+    /// For heaps: the one that starts nearest is on top.
+    friend bool operator<(EdgeCandidate const& a, EdgeCandidate const& b) { return a.lowerBound > b.lowerBound; }
+};
+
+/// The instances of the kinds in the mask, as a heap.
+std::vector<EdgeCandidate> FindEdgeCandidates(ModelView const& model, std::vector<unsigned> const& ids,
+                                              unsigned kindMask, ModelRay const& ray) {
+    InstanceArrays const arrays(model);
+    ContentBoundsCache bounds(*model.geometry);
+    std::vector<EdgeCandidate> candidates;
+    candidates.reserve(ids.size());
+    for (std::size_t first = 0; first < ids.size(); first += kLaneCount) {
+        std::size_t const end = std::min<std::size_t>(first + kLaneCount, ids.size());
+        for (std::size_t i = end; i < std::min<std::size_t>(end + kLaneCount, ids.size()); ++i) {
+            InstanceRays::Prefetch(arrays, ids[i]);
+        }
+        InstanceRays const rays(arrays, ids.data(), first, ids.size(), ray);
+        for (std::size_t i = first; i < end; ++i) {
+            std::uint32_t const definition = arrays.GetInstance(ids[i]).definitionIndex();
+            if (!Contains(kindMask, model.geometry->definitions()->Get(definition)->kind())) continue;
+            Ray3f const local = rays.Get(i - first);
+            float const lowerBound = bounds.Get(definition).GetLowerBound(local);
+            candidates.push_back({std::isnan(lowerBound) ? -std::numeric_limits<float>::infinity() : lowerBound,
+                                  static_cast<std::uint32_t>(i), local});
+        }
+    }
+    std::make_heap(candidates.begin(), candidates.end());
+    return candidates;
+}
 
 }  // namespace
 
@@ -149,10 +174,10 @@ void ModelInstancesPicker::ResetResult() {
     shortestDistance_ = std::numeric_limits<double>::max();
 }
 
-void ModelInstancesPicker::StoreResult(Hit const& hit, AffineTransform const& transform) {
+void ModelInstancesPicker::StoreResult(Hit const& hit, InstanceFrame const& frame, AffineTransform const& transform) {
     auto const& worldFromModel = transform.matrix;
-    pickedPoint_ = TransformPoint(worldFromModel, hit.frame.ToModelPoint(ToVector3f(hit.position)));
-    pickedNormal_ = TransformDirection(worldFromModel, hit.frame.ToModelDirection(ToVector3f(hit.normal)));
+    pickedPoint_ = TransformPoint(worldFromModel, frame.ToModelPoint(hit.position));
+    pickedNormal_ = TransformDirection(worldFromModel, frame.ToModelDirection(hit.normal));
     shortestDistance_ = hit.t * Length(worldFromModel.GetColumn(0));
     geometryInstanceId_ = hit.instance;
     geometryInstancePrimitiveId_ = hit.primitive;
@@ -164,25 +189,39 @@ bool ModelInstancesPicker::PickSurfaces(std::vector<char> const& buffer, AffineT
     auto const model = OpenTrusted(buffer);
     if (!model || instanceIds.empty()) return false;
 
-    InstancePick pick(*model, CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform),
-                      CarryPlanes(dynamicClippingPlanes_, transform));
-    RayToBRepSurfaceIntersectionBuilder surface;
+    ModelRay const ray = CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform);
+    InstancePick pick(*model, ray, CarryPlanes(dynamicClippingPlanes_, transform));
+    Schema::Geometry const& geometry = *model->geometry;
+    InstanceArrays const arrays(*model);
+    std::size_t const count = instanceIds.size();
+    for (std::size_t i = 0; i < std::min(count, kPrefetchedRays); ++i) InstanceRays::Prefetch(arrays, instanceIds[i]);
     Hit best;
-    for (unsigned const id : instanceIds) {
-        Schema::Instance const& instance = *model->geometry->instances()->Get(id);
-        auto const& definition = *model->geometry->definitions()->Get(instance.definitionIndex());
-        pick.MoveTo(instance);
-        if (GetLeastParameter(definition, pick) > best.t) continue;
-        surface.SetSingleSided(!IsTwoSided(*model->geometry, instance.materialIndex()));
-        if (!BuildBRepOfKind(surface, definition, pick, buffer) || !(surface.GetRayParameter() < best.t)) continue;
-        best = {surface.GetRayParameter(), surface.GetPosition(), surface.GetNormal(), pick.GetFrame(), id,
-                surface.GetWireIndex()};
+    for (std::size_t first = 0; first < count; first += kLaneCount) {
+        std::size_t const end = std::min<std::size_t>(first + kLaneCount, count);
+        for (std::size_t i = first + kPrefetchedRays; i < std::min(end + kPrefetchedRays, count); ++i) {
+            InstanceRays::Prefetch(arrays, instanceIds[i]);
+        }
+        InstanceRays const rays(arrays, instanceIds.data(), first, count, ray);
+        for (std::size_t i = first; i < end; ++i) {
+            if (rays.GetLeastParameter(i - first) > best.t) continue;
+            Schema::Instance const& instance = arrays.GetInstance(instanceIds[i]);
+            auto const& definition = *geometry.definitions()->Get(instance.definitionIndex());
+            auto const brep = Quorlan::FindBRep(geometry, definition.kind(), definition.kindIndex());
+            if (!brep) continue;
+            auto const& planes = pick.GetClippingPlanesOf(instance);
+            SurfaceHit const hit = IntersectSurface(rays.Get(i - first), planes, StoredBRepAccess(*brep),
+                                                    !IsTwoSided(geometry, instance.materialIndex()));
+            if (!hit.isHit || !(hit.t < best.t)) continue;
+            best = {hit.t, hit.position, hit.normal, instanceIds[i], static_cast<unsigned>(hit.face)};
+        }
     }
     if (!best.IsHit()) return false;
-    StoreResult(best, transform);
+    StoreResult(best, pick.GetFrameOf(arrays.GetInstance(best.instance)), transform);
     return true;
 }
 
+/// The nearest of all hits counts and of equal ones the first in the list, so that instances are measured from the
+/// nearest on, and no more once one starts behind the best hit.
 bool ModelInstancesPicker::PickEdges(std::vector<GeometryType> const& types, std::vector<char> const& buffer,
                                      AffineTransform const& transform, std::vector<unsigned> const& instanceIds,
                                      double tolerance) {
@@ -190,29 +229,31 @@ bool ModelInstancesPicker::PickEdges(std::vector<GeometryType> const& types, std
     auto const model = OpenTrusted(buffer);
     if (!model || instanceIds.empty()) return false;
 
-    InstancePick pick(*model, CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform),
-                      CarryPlanes(dynamicClippingPlanes_, transform));
+    ModelRay const ray = CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform);
+    InstancePick pick(*model, ray, CarryPlanes(dynamicClippingPlanes_, transform));
     ScreenMeasure const screen(viewProjection_);
     float const tolerancePixels = static_cast<float>(tolerance);
-    unsigned const kindMask = GetKindMask(types);
+    auto candidates = FindEdgeCandidates(*model, instanceIds, GetKindMask(types), ray);
     EdgeFinder finder;
     Hit best;
-    for (unsigned const id : instanceIds) {
+    std::uint32_t bestPlace = 0;
+    while (!candidates.empty() && !(candidates.front().lowerBound > best.t)) {
+        std::pop_heap(candidates.begin(), candidates.end());
+        EdgeCandidate const candidate = candidates.back();
+        candidates.pop_back();
+        unsigned const id = instanceIds[candidate.place];
         Schema::Instance const& instance = *model->geometry->instances()->Get(id);
         auto const& definition = *model->geometry->definitions()->Get(instance.definitionIndex());
-        if (!Contains(kindMask, definition.kind())) continue;
-        pick.MoveTo(instance);
         EdgeHit edge;
-        if (!finder.Find(edge, definition, pick, buffer) || !(edge.t < best.t)) continue;
-        if (!(screen.GetDistance(pick, edge.point, edge.t) < tolerancePixels)) continue;
-        best.t = edge.t;
-        best.position = edge.point;
-        best.frame = pick.GetFrame();
-        best.instance = id;
-        best.primitive = edge.primitive;
+        if (!finder.Find(edge, definition, candidate.ray, pick.GetClippingPlanesOf(instance), buffer)) continue;
+        bool const isFirstOfEqual = edge.t == best.t && best.IsHit() && candidate.place < bestPlace;
+        if (!(edge.t < best.t) && !isFirstOfEqual) continue;
+        if (!(screen.GetDistance(candidate.ray, edge.point, edge.t) < tolerancePixels)) continue;
+        best = {edge.t, ToVector3f(edge.point), Vector3f{1, 0, 0}, id, edge.primitive};
+        bestPlace = candidate.place;
     }
     if (!best.IsHit()) return false;
-    StoreResult(best, transform);
+    StoreResult(best, pick.GetFrameOf(*model->geometry->instances()->Get(best.instance)), transform);
     pickedNormal_ = transform.matrix.GetColumn(0);
     return true;
 }

@@ -1,3 +1,4 @@
+#include "geometry/Lanes.h"
 #include "geometry/MatrixInverse.h"
 #include "model/ModelView.h"
 #include "picking/LayerNames.h"
@@ -37,9 +38,11 @@ Schema::Geometry const* FindInstances(std::vector<char> const& buffer) {
 /// Drops the candidates on disabled layers and those whose entity the filter rejects.
 void FilterCandidates(std::vector<unsigned>& candidates, Schema::Geometry const& geometry,
                       std::vector<std::wstring> const& disabledNames, ModelPicker::EntityFilter const& filter) {
+    auto const& instances = *geometry.instances();
+    for (unsigned const id : candidates) QUORLAN_PREFETCH(instances.Get(id));  // they lie far apart
     DisabledLayers const disabled(geometry, disabledNames);
     auto const isDropped = [&](unsigned id) {
-        Schema::Instance const& instance = *geometry.instances()->Get(id);
+        Schema::Instance const& instance = *instances.Get(id);
         return disabled.Contains(instance.layerIndex()) || filter(EntityIndex_t{instance.entityIndex()});
     };
     candidates.erase(std::remove_if(candidates.begin(), candidates.end(), isDropped), candidates.end());

@@ -1,30 +1,21 @@
 #pragma once
 
-#include "geometry/Lanes.h"
+#include "geometry/LaneMoves.h"
 
 #include <GeometryObjectLib/QuantizedAxisAlignedBoxTree.h>
 
-/// Vectors in the lanes of `geometry/Lanes.h`, x, y, z in lanes 0 to 2, and the boxes of tree nodes as such.
+/// The boxes of tree nodes as vectors in lanes.
 namespace Quorlan::Tools::Picking {
 
+using GeometryObjectLib::Broadcast;
 using GeometryObjectLib::Float4;
+using GeometryObjectLib::GetBits;
 using GeometryObjectLib::Mask4;
+using GeometryObjectLib::Yzx;
+
 using GeometryObjectLib::QuantizedAxisAlignedBoxTreeNode_s;
 
 #if QUORLAN_HAS_SSE2
-
-template <int Lane>
-Float4 Broadcast(Float4 a) {
-    return _mm_shuffle_ps(a.v, a.v, _MM_SHUFFLE(Lane, Lane, Lane, Lane));
-}
-
-/// The shuffle of integers, unlike that of floats, leaves its operand where it is: one instruction less.
-inline Float4 Yzx(Float4 a) {
-    return _mm_castsi128_ps(_mm_shuffle_epi32(_mm_castps_si128(a.v), _MM_SHUFFLE(3, 0, 2, 1)));
-}
-
-/// One bit per lane, lane 0 lowest.
-inline int GetBits(Mask4 a) { return _mm_movemask_ps(a.v); }
 
 /// The sums and the differences of a node's bounds per axis, in grid cells. Lane 3 is of no meaning.
 inline void LoadNode(QuantizedAxisAlignedBoxTreeNode_s const& node, Float4& sum, Float4& difference) {
@@ -36,18 +27,6 @@ inline void LoadNode(QuantizedAxisAlignedBoxTreeNode_s const& node, Float4& sum,
 }
 
 #else
-
-template <int Lane>
-Float4 Broadcast(Float4 const& a) {
-    return Float4(a.lane[Lane]);
-}
-inline Float4 Yzx(Float4 const& a) { return {a.lane[1], a.lane[2], a.lane[0], a.lane[3]}; }
-
-inline int GetBits(Mask4 const& a) {
-    int bits = 0;
-    for (int i = 0; i < 4; ++i) bits |= (a.lane[i] ? 1 : 0) << i;
-    return bits;
-}
 
 inline void LoadNode(QuantizedAxisAlignedBoxTreeNode_s const& node, Float4& sum, Float4& difference) {
     auto const add = [](int a, int b) { return static_cast<float>(a + b); };

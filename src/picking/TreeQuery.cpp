@@ -24,24 +24,30 @@ Float4 GetHalfCell(QuantizedAxisAlignedBoxTree const& tree) {
     return Narrow({0.5 / cellsPerUnit.x, 0.5 / cellsPerUnit.y, 0.5 / cellsPerUnit.z});
 }
 
-/// Node indices without a first value; they are written before they are read.
+/// Node indices without a first value; they are written before they are read. Few need no memory from the heap.
 class IndexList {
 public:
-    explicit IndexList(std::size_t capacity) : capacity_(capacity), indices_(new std::uint32_t[capacity]) {}
+    IndexList() = default;
+    IndexList(IndexList const&) = delete;
+    IndexList& operator=(IndexList const&) = delete;
 
-    std::uint32_t* GetData() const { return indices_.get(); }
+    std::uint32_t* GetData() { return grown_ == nullptr ? first_ : grown_.get(); }
+    std::uint32_t const* GetData() const { return grown_ == nullptr ? first_ : grown_.get(); }
     std::size_t GetCapacity() const { return capacity_; }
 
     void Grow() {
         std::unique_ptr<std::uint32_t[]> larger(new std::uint32_t[2 * capacity_]);
-        std::copy_n(indices_.get(), capacity_, larger.get());
-        indices_ = std::move(larger);
+        std::copy_n(GetData(), capacity_, larger.get());
+        grown_ = std::move(larger);
         capacity_ *= 2;
     }
 
 private:
-    std::size_t capacity_;
-    std::unique_ptr<std::uint32_t[]> indices_;
+    static constexpr std::size_t kFirstCapacity = 512;
+
+    std::size_t capacity_ = kFirstCapacity;
+    std::unique_ptr<std::uint32_t[]> grown_;
+    std::uint32_t first_[kFirstCapacity];
 };
 
 /// The leaves of a tree that are met and whose ancestors all are, in depth-first order.
@@ -53,40 +59,26 @@ public:
     /// answers, and no branch depends on an answer. What is met is written in any case and then counted or not.
     template <class Overlaps>
     MetLeaves(QuantizedAxisAlignedBoxTree const& tree, Overlaps const& overlaps)
-        : nodes_(tree.getNodes().data()), halfCell_(GetHalfCell(tree)), leaves_(kFirstCapacity) {
-        IndexList innerList(kFirstCapacity);
-        std::uint32_t* inner = innerList.GetData();  // met; their children are visited in this order
-        std::uint32_t* leaves = leaves_.GetData();
-        std::size_t capacity = kFirstCapacity;
-        std::size_t innerCount = 0;
-        std::size_t leafCount = 0;
-        std::size_t node = 0;
-        std::size_t end = tree.getNodes().size();
-        for (std::size_t next = 0;; ++next) {
-            while (node < end) {
-                Box const box = Load(node);
-                std::int32_t const escapeOrItem = nodes_[node].escapeOrItem;
-                bool const isMet = overlaps(box.center, box.halfExtent);
-                inner[innerCount] = static_cast<std::uint32_t>(node);
-                leaves[leafCount] = static_cast<std::uint32_t>(node);
-                innerCount += static_cast<std::size_t>(isMet & (escapeOrItem < 0));
-                leafCount += static_cast<std::size_t>(isMet & (escapeOrItem >= 0));
-                node += GetSize(escapeOrItem);
-                if (std::max(innerCount, leafCount) == capacity) {
-                    innerList.Grow();
-                    leaves_.Grow();
-                    inner = innerList.GetData();
-                    leaves = leaves_.GetData();
-                    capacity = leaves_.GetCapacity();
-                }
+        : nodes_(tree.getNodes().data()), halfCell_(GetHalfCell(tree)) {
+        Walk walk(leaves_);
+        VisitRange(walk, overlaps, 0, tree.getNodes().size());
+        for (std::size_t next = 0; next < walk.innerCount; ++next) {
+            std::size_t const node = walk.inner[next];
+            std::size_t const end = node + GetSize(nodes_[node].escapeOrItem);
+            std::size_t const first = node + 1;
+            std::size_t const second = first < end ? first + GetSize(nodes_[first].escapeOrItem) : end;
+            if (second < end && second + GetSize(nodes_[second].escapeOrItem) == end) {
+                bool const isFirstMet = IsMet(overlaps, first);
+                bool const isSecondMet = IsMet(overlaps, second);
+                walk.Note(first, nodes_[first].escapeOrItem, isFirstMet);
+                walk.Note(second, nodes_[second].escapeOrItem, isSecondMet);
+                walk.MakeRoom();
+            } else {
+                VisitRange(walk, overlaps, first, end);  // a tree of other than two branches
             }
-            if (next == innerCount) break;
-            node = inner[next];
-            end = node + GetSize(nodes_[node].escapeOrItem);
-            ++node;
         }
-        std::sort(leaves, leaves + leafCount);  // nodes are numbered depth first
-        count_ = leafCount;
+        std::sort(walk.leaves, walk.leaves + walk.leafCount);  // nodes are numbered depth first
+        count_ = walk.leafCount;
     }
 
     std::size_t GetCount() const { return count_; }
@@ -104,12 +96,52 @@ public:
     }
 
 private:
-    static constexpr std::size_t kFirstCapacity = 256;
-
     struct Box {
         Float4 center;
         Float4 halfExtent;
     };
+
+    /// The nodes that are met so far, with room for two more.
+    struct Walk {
+        explicit Walk(IndexList& list) : leafList(list), inner(innerList.GetData()), leaves(list.GetData()) {}
+
+        void Note(std::size_t node, std::int32_t escapeOrItem, bool isMet) {
+            inner[innerCount] = leaves[leafCount] = static_cast<std::uint32_t>(node);
+            innerCount += static_cast<std::size_t>(isMet & (escapeOrItem < 0));
+            leafCount += static_cast<std::size_t>(isMet & (escapeOrItem >= 0));
+        }
+
+        void MakeRoom() {
+            if (std::max(innerCount, leafCount) + 2 <= leafList.GetCapacity()) return;
+            innerList.Grow();
+            leafList.Grow();
+            inner = innerList.GetData();
+            leaves = leafList.GetData();
+        }
+
+        IndexList innerList;
+        IndexList& leafList;
+        std::uint32_t* inner;  // their children are visited in this order
+        std::uint32_t* leaves;
+        std::size_t innerCount = 0;
+        std::size_t leafCount = 0;
+    };
+
+    template <class Overlaps>
+    void VisitRange(Walk& walk, Overlaps const& overlaps, std::size_t node, std::size_t end) const {
+        while (node < end) {
+            std::int32_t const escapeOrItem = nodes_[node].escapeOrItem;
+            walk.Note(node, escapeOrItem, IsMet(overlaps, node));
+            walk.MakeRoom();
+            node += GetSize(escapeOrItem);
+        }
+    }
+
+    template <class Overlaps>
+    bool IsMet(Overlaps const& overlaps, std::size_t node) const {
+        Box const box = Load(node);
+        return overlaps(box.center, box.halfExtent);
+    }
 
     Box Load(std::size_t node) const {
         Float4 sum(0.0f);

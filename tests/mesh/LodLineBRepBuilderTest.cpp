@@ -170,6 +170,29 @@ TEST(LodLineBRepBuilder, RandomCloudsGiveTheBitsOfThePlainSums) {
     }
 }
 
+TEST(LodLineBRepBuilder, ShapesOfAnySizesSideBySideGiveTheBitsOfThePlainSums) {
+    constexpr unsigned kSeed = 13;
+    SCOPED_TRACE(kSeed);
+    std::mt19937 random(kSeed);
+    std::normal_distribution<float> number;
+    for (int count = 1; count < 40; ++count) {
+        std::vector<std::vector<Vector3f>> clouds(static_cast<std::size_t>(count));
+        RawModel model;
+        for (auto& cloud : clouds) {
+            cloud.resize(random() % 3 == 0 ? 8 : 1 + random() % 40);
+            for (auto& v : cloud) v = {number(random), 5 * number(random), number(random)};
+            model.AddBRep(Points(cloud));
+        }
+        auto const buffer = model.Write();
+        LodLineBRepBuilder builder;
+        ASSERT_TRUE(builder.Build(buffer.data()));
+        for (unsigned i = 0; i < clouds.size(); ++i) {
+            Line const plain = PlainLineOf(clouds[i]);
+            ASSERT_EQ(std::memcmp(&builder.GetLine(1, i), &plain, sizeof(plain)), 0) << i << " of " << count;
+        }
+    }
+}
+
 TEST(LodLineBRepBuilder, RegularShapesGiveTheBitsOfThePlainSums) {
     for (auto const& shape : {RawBox({0, 0, 0}, {1, 2, 3}), RawPrism(129), RawPlate(8), RawTorus(40, 30)}) {
         Line const line = LineOf(shape);

@@ -11,6 +11,8 @@
 
 namespace Quorlan::Tools::Picking {
 
+struct InstanceFrame;
+
 /// Picks the nearest surface, edge or line among listed instances of a model buffer.
 ///
 ///     ModelInstancesPicker picker;
@@ -73,7 +75,7 @@ public:
 private:
     struct Hit;
     QUORLAN_TOOLS_LOCAL void ResetResult();
-    QUORLAN_TOOLS_LOCAL void StoreResult(Hit const& hit, AffineTransform const& transform);
+    QUORLAN_TOOLS_LOCAL void StoreResult(Hit const& hit, InstanceFrame const& frame, AffineTransform const& transform);
 
     std::vector<Plane3f> dynamicClippingPlanes_;
     ViewProjection viewProjection_;

@@ -1,21 +1,25 @@
-#include "mesh/ConvexEars.h"
+#include "geometry/ConvexEars.h"
 
 #include <mapbox/earcut.hpp>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
 #include <random>
 
 namespace {
 
-using Quorlan::Tools::ConvexEars;
-using Quorlan::Tools::PlanePoint;
+using PlanePoint = std::array<float, 2>;
+using ConvexEars = GeometryObjectLib::ConvexEars<PlanePoint, std::uint16_t>;
+using WidePoint = std::array<double, 2>;
+using WideConvexEars = GeometryObjectLib::ConvexEars<WidePoint, std::uint32_t>;
 
 /// What ConvexEars gives where it answers must be what earcut gives. Returns whether it answered.
 bool AgreesWithEarcut(std::vector<PlanePoint> const& ring) {
     std::vector<std::uint16_t> triangles{7};
-    bool const isCut = ConvexEars().Cut(ring.data(), static_cast<std::uint32_t>(ring.size()), triangles);
+    bool const isCut = ConvexEars().Cut(ring.data(), ring.size(), triangles);
     EXPECT_EQ(triangles.front(), 7);
     triangles.erase(triangles.begin());
     if (isCut) {
@@ -62,6 +66,19 @@ TEST(ConvexEars, RandomPointsOnAnEllipseAgree) {
         answered += AgreesWithEarcut(ring) ? 1 : 0;
     }
     EXPECT_GT(answered, 250);
+}
+
+TEST(ConvexEars, RingsInDoublePrecisionAgree) {
+    int answered = 0;
+    for (int count = 3; count < 200; ++count) {
+        std::vector<WidePoint> ring;
+        for (PlanePoint const& p : RegularRing(count, 1.7F, 0.1F)) ring.push_back({p[0] * 1.1, p[1] / 3.0});
+        std::vector<std::uint32_t> triangles;
+        if (!WideConvexEars().Cut(ring.data(), ring.size(), triangles)) continue;
+        ++answered;
+        EXPECT_EQ(triangles, mapbox::earcut<std::uint32_t>(std::vector<std::vector<WidePoint>>{ring})) << count;
+    }
+    EXPECT_GT(answered, 150);
 }
 
 TEST(ConvexEars, StarsThatOnlyTurnLeftAgree) {
