@@ -1,0 +1,135 @@
+#!/usr/bin/env python3
+"""Prints the table of scripts/bench from the JSON files of the benchmark programs.
+
+usage: table.py DIRECTORY [--markdown]
+
+A row is one tool at one size: the median time per item, and the plain method's and each peer's time as a multiple of
+it. What was not measured is left out. "limit" is how many times as long we take as copying the bytes that have to be
+read and written would, at the bandwidth that the same run measured (CopyMemory).
+"""
+
+import json
+import pathlib
+import sys
+
+INSTANCE = 20 + 48 + 32  # record, placement, and the entity's record, which two instances share
+
+# tool, what an item is, benchmark, sizes, plain method, peers, bytes per item that have to be moved
+ROWS = [
+    ("BoundingBoxBuilder", "instance", "BoundingBoxes", (10000, 100000, 1000000), "BoundingBoxesPlain",
+     {"Eigen": "BoundingBoxesEigen"}, INSTANCE + 48),
+    ("PlacementBuilder", "instance", "Placements", (10000, 100000, 1000000), "PlacementsPlain",
+     {"Eigen": "PlacementsEigen", "glm": "PlacementsGlm"}, INSTANCE + 128),
+    ("QaabBuilder, boxes included", "instance", "BoxTree", (10000, 100000, 1000000), "BoxTreePlain",
+     {"Embree LOW": "BoxTreeEmbreeLow", "Bullet": "BoxTreeBullet"}, INSTANCE + 2 * 48 + 32),
+    ("QuantificationBuilder, buildings", "instance", "Quantities", (10000, 100000, 1000000), "QuantitiesPlain", {}, None),
+    ("QuantificationBuilder", "triangle", "SolidQuantities", range(4), None, {"CGAL": "SolidQuantitiesCgal"}, None),
+    ("VertexNormalBuilder", "mesh", "VertexNormals", range(4), "VertexNormalsPlain",
+     {"VTK": "VertexNormalsVtk", "CGAL": "VertexNormalsCgal"}, None),
+    ("LodLineBRepBuilder", "vertex", "LodLines", range(3), None, {"Eigen": "LodLinesEigen"}, 12),
+    ("UniqueGeometryDefinitionBuilder, copies", "shape", "PlacedCopies<Library>", (1000, 10000, 100000), None,
+     {"buckets and fit": "PlacedCopies<BucketsAndFit>", "exact hash": "ExactCopies<ExactHash>"}, None),
+    ("UniqueGeometryDefinitionBuilder, all new", "shape", "DistinctBoxes<Library>", (1000, 10000, 100000), None,
+     {"buckets and fit": "DistinctBoxes<BucketsAndFit>"}, None),
+    ("ModelPicker surfaces", "pick", "PickSurfaces", (1000, 10000, 100000, 1000000), "PickSurfacesOfAllInstances",
+     {"Embree instances": "PickSurfacesWithEmbreeInstances", "Embree triangles": "PickSurfacesWithEmbreeTriangles"},
+     None),
+    ("ModelPicker candidates", "query", "FindCandidates", (1000, 10000, 100000, 1000000), None,
+     {"Bullet": "FindCandidatesWithBullet", "Embree MEDIUM": "FindCandidatesWithEmbree"}, None),
+    ("ModelPicker edges", "pick", "PickEdges", (1000, 10000, 100000, 1000000), None, {}, None),
+    ("ModelPicker lines", "pick", "PickLines", (1000, 10000, 100000, 1000000), None, {}, None),
+    ("Ray against edges", "edge", "StoredBRepEdges", None, "PlainEdges", {}, None),
+    ("Ray against segments", "segment", "Segments", (100, 1000, 10000, 100000), "PlainSegments", {}, None),
+    ("Ray against arcs", "arc", "Arcs", (100, 1000, 10000), "SampledArcs", {}, None),
+    ("GUID to 22 characters", "GUID", "GuidToCompressed", None, None, {}, None),
+    ("22 characters to GUID", "GUID", "CompressedToGuid", None, "CompressedToGuidPlain", {}, None),
+    ("GUID to 36 characters", "GUID", "GuidToHex", None, "GuidToHexPlain", {}, None),
+    ("36 characters to GUID", "GUID", "HexToGuid", None, "HexToGuidPlain", {}, None),
+    ("ConnectIdentifierResolver", "box", "ResolveBox", (1000, 10000, 100000), "ResolveBoxPlain", {}, None),
+    ("Merge, one percent", "model", "MergeOnePercent", (1000, 10000, 100000), None,
+     {"object API": "UnpackAndPackObjects"}, None),
+    ("ModelStorage::FromBuffer", "MB", "OpenModel", (1000, 10000, 100000), None, {}, 2e6),
+    ("ModelValidator", "MB", "ValidateModel", (1000, 10000, 100000), None, {}, 1e6),
+    ("IModelReader, shapes and placements", "MB", "ReadModel", (1000, 10000, 100000), None, {}, 1e6),
+]
+
+NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
+
+
+def read_results(directory):
+    """The median (or only) result of each benchmark by name."""
+    results = {}
+    for path in sorted(pathlib.Path(directory).glob("*.json")):
+        with open(path) as file:
+            data = json.load(file)
+        for result in data["benchmarks"]:
+            if result.get("aggregate_name", "median") == "median" and not result.get("error_occurred"):
+                name = result.get("run_name", result["name"])
+                results[name.split("/repeats:")[0]] = result
+    return results
+
+
+def time_per_item(result):
+    """[ns] of processor time."""
+    for counter in ("perInstance", "perItem"):
+        if counter in result:
+            return result[counter] * 1e9
+    if "items_per_second" in result:
+        return 1e9 / result["items_per_second"]
+    return result["cpu_time"] * NANOSECONDS[result["time_unit"]]
+
+
+def find(results, name, size):
+    keys = [name] if size is None else [f"{name}/{size}"]
+    if size is None:
+        keys += [key for key in results if key.startswith(name + "/")]
+    return next((results[key] for key in keys if key in results), None)
+
+
+def format_time(ns):
+    for unit in ("ns", "us", "ms"):
+        if ns < 1000:
+            return f"{ns:.3g} {unit}"
+        ns /= 1000
+    return f"{ns:.3g} s"
+
+
+def format_ratio(ratio):
+    return f"{ratio:.0f} x" if ratio >= 20 else f"{ratio:.1f} x"
+
+
+def rows_of(results):
+    copy = find(results, "CopyMemory", 256 << 20)
+    nanoseconds_per_byte = 1e9 / copy["bytes_per_second"] if copy else None
+    for tool, item, name, sizes, plain, peers, moved in ROWS:
+        for size in [None] if sizes is None else sizes:
+            ours = find(results, name, size)
+            if ours is None:
+                continue
+            time = time_per_item(ours)
+            label = ours.get("label")
+            shown = label if label and label != "per MB" else "" if size is None else f"{size:,}"
+            against = []
+            for title, other in [("plain", plain)] + list(peers.items()):
+                result = find(results, other, size) if other else None
+                if result is not None:
+                    against.append(f"{title} {format_ratio(time_per_item(result) / time)}")
+            limit = format_ratio(time / (moved * nanoseconds_per_byte)) if moved and nanoseconds_per_byte else ""
+            yield tool, shown, f"{format_time(time)} per {item}", ", ".join(against), limit
+
+
+def main():
+    rows = [("tool", "size", "time", "others take", "limit")] + list(rows_of(read_results(sys.argv[1])))
+    if "--markdown" in sys.argv:
+        for i, row in enumerate(rows):
+            print("| " + " | ".join(row) + " |")
+            if i == 0:
+                print("|" + "---|" * len(row))
+        return
+    widths = [max(len(row[column]) for row in rows) for column in range(len(rows[0]))]
+    for row in rows:
+        print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())
+
+
+if __name__ == "__main__":
+    main()
