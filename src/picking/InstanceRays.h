@@ -12,6 +12,8 @@ using GeometryObjectLib::Ray3f;
 /// The pick ray in the coordinates of four instances' definitions, with the bits that `InstancePick` gives one by one.
 class InstanceRays {
 public:
+    InstanceRays() = default;
+
     /// Of the instances `ids[first]` to `ids[first + 3]`; the last of `count` again where there are less.
     InstanceRays(InstanceArrays const& arrays, std::uint32_t const* ids, std::size_t first, std::size_t count,
                  ModelRay const& ray)

@@ -11,6 +11,7 @@
 #include <glm/geometric.hpp>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
 #include <optional>
@@ -30,7 +31,7 @@ struct ModelInstancesPicker::Hit {
 
 namespace {
 
-constexpr std::size_t kPrefetchedRays = 8;  ///< instances whose records are fetched ahead of their rays
+constexpr std::size_t kRayBlocks = 4;  ///< blocks of rays that are carried over before their shapes are tested
 
 /// The model of a buffer that is trusted and not asked for its identifier. Empty where there can be no instances.
 std::optional<ModelView> OpenTrusted(std::vector<char> const& buffer) {
@@ -194,23 +195,25 @@ bool ModelInstancesPicker::PickSurfaces(std::vector<char> const& buffer, AffineT
     Schema::Geometry const& geometry = *model->geometry;
     InstanceArrays const arrays(*model);
     std::size_t const count = instanceIds.size();
-    for (std::size_t i = 0; i < std::min(count, kPrefetchedRays); ++i) InstanceRays::Prefetch(arrays, instanceIds[i]);
     Hit best;
-    for (std::size_t first = 0; first < count; first += kLaneCount) {
-        std::size_t const end = std::min<std::size_t>(first + kLaneCount, count);
-        for (std::size_t i = first + kPrefetchedRays; i < std::min(end + kPrefetchedRays, count); ++i) {
-            InstanceRays::Prefetch(arrays, instanceIds[i]);
+    std::array<InstanceRays, kRayBlocks> rays;
+    for (std::size_t first = 0; first < count; first += kRayBlocks * kLaneCount) {
+        std::size_t const end = std::min<std::size_t>(first + kRayBlocks * kLaneCount, count);
+        for (std::size_t i = first; i < end; ++i) InstanceRays::Prefetch(arrays, instanceIds[i]);
+        for (std::size_t i = first; i < end; i += kLaneCount) {
+            rays[(i - first) / kLaneCount] = InstanceRays(arrays, instanceIds.data(), i, count, ray);
         }
-        InstanceRays const rays(arrays, instanceIds.data(), first, count, ray);
         for (std::size_t i = first; i < end; ++i) {
-            if (rays.GetLeastParameter(i - first) > best.t) continue;
+            InstanceRays const& block = rays[(i - first) / kLaneCount];
+            std::size_t const lane = i % kLaneCount;
+            if (block.GetLeastParameter(lane) > best.t) continue;
             Schema::Instance const& instance = arrays.GetInstance(instanceIds[i]);
             auto const& definition = *geometry.definitions()->Get(instance.definitionIndex());
             auto const brep = Quorlan::FindBRep(geometry, definition.kind(), definition.kindIndex());
             if (!brep) continue;
-            auto const& planes = pick.GetClippingPlanesOf(instance);
-            SurfaceHit const hit = IntersectSurface(rays.Get(i - first), planes, StoredBRepAccess(*brep),
-                                                    !IsTwoSided(geometry, instance.materialIndex()));
+            SurfaceHit const hit =
+                IntersectSurface(block.Get(lane), pick.GetClippingPlanesOf(instance), StoredBRepAccess(*brep),
+                                 !IsTwoSided(geometry, instance.materialIndex()));
             if (!hit.isHit || !(hit.t < best.t)) continue;
             best = {hit.t, hit.position, hit.normal, instanceIds[i], static_cast<unsigned>(hit.face)};
         }
