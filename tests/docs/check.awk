@@ -1,4 +1,4 @@
-# Checks pages of the documentation: relative links lead to files and headings, and code that is said to come from a file stands there
+# Checks pages of the documentation: relative links lead to files and headings, files that are named are there, and code that is said to come from a file stands there
 # line by line, indentation aside.
 #
 #     awk -v root=/path/of/the/project -f check.awk PAGE...
@@ -43,6 +43,16 @@ function has_anchor(path, anchor,    line, found) {
     return found
 }
 
+# Files of the project that the text names, as `src/model/ModelView.h`; a trailing slash names a folder.
+function check_files(line,    path) {
+    while (match(line, /`(include|src|apps|tests|benchmarks|examples|cmake|docs|scripts|schema|packaging|fuzz)\/[^` *]*`/)) {
+        path = substr(line, RSTART + 1, RLENGTH - 2)
+        line = substr(line, RSTART + RLENGTH)
+        files++
+        if (system("test -e '" root "/" path "'") != 0) complain("no such file: " path)
+    }
+}
+
 function check_links(line,    target, part, path) {
     gsub(/`[^`]*`/, "", line)  # what stands in code is no link
     while (match(line, /\]\([^)]*\)/)) {
@@ -73,9 +83,12 @@ function check_links(line,    target, part, path) {
     next
 }
 inCode { code[++codeCount] = strip($0); next }
-{ check_links($0) }
+{
+    check_links($0)
+    check_files($0)
+}
 
 END {
-    print snippets + 0 " pieces of code, " links + 0 " links"
+    print snippets + 0 " pieces of code, " links + 0 " links, " files + 0 " files"
     if (failures > 0 || snippets == 0 || links == 0) exit 1
 }
