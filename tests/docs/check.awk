@@ -1,5 +1,5 @@
-# Checks pages of the documentation: relative links lead to files and headings, files that are named are there, and code that is said to come from a file stands there
-# line by line, indentation aside.
+# Checks pages of the documentation: relative links lead to files and headings, files that are named are there, and code
+# that is said to come from a file stands there line by line, indentation aside.
 #
 #     awk -v root=/path/of/the/project -f check.awk PAGE...
 
