@@ -1,8 +1,8 @@
 // Reads any text as each of the identifier forms, and what reads goes round.
 
-#include <Tools/Identifiers.h>
+#include "Require.h"
 
-#include <cstdlib>
+#include <Tools/Identifiers.h>
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
     using namespace Quorlan::Tools;
@@ -10,9 +10,9 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     _GUID guid{};
     TextToGuid(text, guid);
     _GUID again{};
-    if (!IfcGuidToGuid(GuidToIfcGuid(guid), again) || again != guid) std::abort();
+    Require(IfcGuidToGuid(GuidToIfcGuid(guid), again) && again == guid);
     TextToGuid(GuidToText(guid), again);
-    if (again != guid) std::abort();
+    Require(again == guid);
     IfcGuidToGuid(text, guid);
 
     std::vector<float> floats;
@@ -21,6 +21,6 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
     DecodeDoubles(text, doubles);
     auto bytes = Base64Decode(text);
     bytes.resize(bytes.size() / 4 * 4);
-    if (Base64Decode(Base64Encode(bytes)) != bytes) std::abort();
+    Require(Base64Decode(Base64Encode(bytes)) == bytes);
     return 0;
 }

@@ -1,32 +1,38 @@
-// Merges and squashes two buffers, or one with itself, and writes what opens as an increment and as one entity.
+// Makes an increment of two buffers, merges it into the first, which may be empty, and squashes it with the second.
 
 #include "BufferMutator.h"
-#include "support/RunEveryTool.h"
+#include "Require.h"
+#include "TwoBuffers.h"
 
+#include <Quorlan/ModelStorage.h>
+#include <Tools/Increments/IncrementModelBuilder.h>
 #include <Tools/Increments/Merge.h>
 #include <Tools/Increments/Squash.h>
 
-#include <cstring>
-
 QUORLAN_BUFFER_MUTATOR
 
-/// Where the second of two buffers begins: at the second identifier, at a multiple of 8. Otherwise the end.
-static std::size_t FindSecondBuffer(std::uint8_t const* data, std::size_t size) {
-    for (std::size_t begin = 8; begin + 8 <= size; begin += 8) {
-        if (std::memcmp(data + begin + 4, "QLN8", 4) == 0) return begin;
+using namespace Quorlan;
+
+/// All entities, each with another action. RETURNS whether the buffer opens.
+static bool AddAll(Tools::Increments::IncrementModelBuilder& increment, std::vector<char> const& buffer) {
+    auto const storage = ModelStorage::FromBuffer(buffer);
+    if (storage.HasError()) return false;
+    std::vector<std::pair<OwnerHistoryChangeAction, EntityIndex_t>> changes;
+    for (std::uint32_t i = 0; i < storage.GetModelReader().GetEntities().GetCount(); ++i) {
+        changes.emplace_back(OwnerHistoryChangeAction{i % 4}, EntityIndex_t{i});
     }
-    return size;
+    increment.Add(storage.GetModelReader(), changes);
+    return true;
 }
 
 extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size) {
-    std::size_t const split = FindSecondBuffer(data, size);
-    std::vector<char> const first(data, data + split);
-    std::vector<char> const second = split == size ? first : std::vector<char>(data + split, data + size);
-    Quorlan::Tools::Increments::Merge merge;
-    merge.Build(first, second);
-    Quorlan::Tools::Increments::Squash squash;
-    squash.Build(first, second);
-    auto const storage = Quorlan::ModelStorage::FromBuffer(first);
-    if (!storage.HasError()) TestSupport::RunWriters(storage.GetModelReader());
+    auto const [first, second] = SplitBuffers(data, size);
+    Tools::Increments::IncrementModelBuilder builder;
+    bool const firstOpens = AddAll(builder, first);
+    bool const secondOpens = AddAll(builder, second);
+    auto const increment = builder.GetResult();
+    Require(!ModelStorage::FromBuffer(increment).HasError());
+    Require(Tools::Increments::Merge().Build(first, increment) == (firstOpens || first.empty()));
+    Require(Tools::Increments::Squash().Build(increment, second) == secondOpens);
     return 0;
 }

@@ -1,7 +1,8 @@
-// Writes the seed corpus of a fuzzer into a folder: models, pairs of a model and an increment, or texts.
+// Writes the seed corpus of a fuzzer into a folder: models, pairs of a model and an increment, texts, or IFC files.
 //
-// usage: MakeSeeds models|pairs|identifiers FOLDER
+// usage: MakeSeeds models|pairs|identifiers|ifc FOLDER
 
+#include "cli/import/IfcSeeds.h"
 #include "support/SeedModels.h"
 
 #include <cstdio>
@@ -34,15 +35,22 @@ std::vector<TestSupport::SeedModel> MakeIdentifierSeeds() {
     return seeds;
 }
 
+std::vector<TestSupport::SeedModel> MakeIfcFiles() {
+    std::vector<TestSupport::SeedModel> seeds;
+    for (auto const& [name, text] : MakeIfcSeeds()) seeds.push_back({name + ".ifc", {text.begin(), text.end()}});
+    return seeds;
+}
+
 std::vector<TestSupport::SeedModel> MakeSeeds(std::string const& kind) {
     if (kind == "models") return TestSupport::MakeSeedModels();
+    if (kind == "ifc") return MakeIfcFiles();
     return kind == "pairs" ? MakePairs() : MakeIdentifierSeeds();
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (argc != 3) return std::fputs("usage: MakeSeeds models|pairs|identifiers FOLDER\n", stderr), 2;
+    if (argc != 3) return std::fputs("usage: MakeSeeds models|pairs|identifiers|ifc FOLDER\n", stderr), 2;
     std::filesystem::create_directories(argv[2]);
     for (auto const& seed : MakeSeeds(argv[1])) {
         std::ofstream file(std::filesystem::path(argv[2]) / seed.name, std::ios::binary);
