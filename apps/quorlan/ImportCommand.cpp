@@ -2,14 +2,17 @@
 #include "ModelFile.h"
 #include "OutputFile.h"
 #include "Progress.h"
+#include "Signals.h"
 
 #include <CLI/CLI.hpp>
 
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <memory>
 #include <new>
@@ -57,6 +60,7 @@ int RunImport(Settings const& settings) {
     auto const child = fork();
     if (child < 0) return ImportHere(settings);
     if (child == 0) {
+        LeaveInterruptsToTheParent();
         int code = kFindings;
         try {
             code = ImportHere(settings);
@@ -65,7 +69,10 @@ int RunImport(Settings const& settings) {
         } catch (std::exception const& error) {
             std::fprintf(stderr, "quorlan: %s\n", error.what());
         }
-        if (std::fflush(stdout) != 0) code = kFindings;
+        if (std::fflush(stdout) != 0) {
+            std::fprintf(stderr, "quorlan: stdout: %s\n", std::strerror(errno));
+            code = kFindings;
+        }
         _exit(code);
     }
     int status = 0;

@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "Signals.h"
 #include "reference/Manual.h"
 
 #include <CLI/CLI.hpp>
@@ -103,6 +104,7 @@ int Main(int argc, char** argv) {
 }  // namespace QuorlanProgram
 
 int main(int argc, char** argv) {
+    QuorlanProgram::PrepareSignals();
     try {
         return QuorlanProgram::Main(argc, argv);
     } catch (std::bad_alloc const&) {

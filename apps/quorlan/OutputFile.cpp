@@ -1,6 +1,7 @@
 #include "OutputFile.h"
 
 #include "Command.h"
+#include "Signals.h"
 
 #include <fmt/format.h>
 
@@ -81,6 +82,7 @@ void WriteOutputFile(std::string const& path, std::string_view bytes, std::vecto
 
     auto const target = FollowLinks(path);
     auto const temporary = TemporaryBeside(target);
+    RemovedOnInterrupt const removed(temporary);
     if (int const failed = WriteAll({std::fopen(temporary.c_str(), "wbx"), &std::fclose}, bytes)) {
         if (failed != EEXIST) std::remove(temporary.c_str());
         FailWith(path, failed);

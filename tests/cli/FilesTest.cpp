@@ -95,6 +95,33 @@ TEST_F(Files, TheInputIsNotOverwrittenByAnyOfItsNames) {
     EXPECT_EQ(ReadBytes(path), good);
 }
 
+TEST_F(Files, NoCommandOverwritesAnInput) {
+    auto const path = WriteTwoCubes();
+    auto const other = WriteSample();
+    auto const good = ReadBytes(path);
+    fs::create_symlink("cubes.qln", PathOf("link.qln"));
+    std::vector<std::vector<std::string>> const commands = {
+        {"merge", path, other},
+        {"merge", other, path},
+        {"squash", path, other},
+        {"squash", other, path},
+        {"diff", path, other},
+        {"diff", other, path},
+        {"extract", path, "--entity", kNearGuid},
+        {"combine", other, path},
+        {"export", path},
+        {"mesh", path, "--definition", "0"},
+        {"render", path, "--size", "4x4"},
+    };
+    for (auto command : commands) {
+        SCOPED_TRACE(command[0]);
+        command.insert(command.end(), {"-o", PathOf("link.qln")});
+        ExpectFailure(RunQuorlan(command), {"link.qln", "input"});
+    }
+    EXPECT_EQ(ReadBytes(path), good);
+    EXPECT_EQ(GetFiles(), (std::vector<std::string>{"cubes.qln", "link.qln", "sample.qln"}));
+}
+
 TEST_F(Files, PictureAndLegendAreTwoFiles) {
     WriteBytes(PathOf("a.png"), {});
     auto const run = RunQuorlan({"render", WriteTwoCubes(), "-o", PathOf("a.png"), "--size", "4x4", "--color", "entity",

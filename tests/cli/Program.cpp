@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -54,19 +55,15 @@ AffineTransform MoveTo(double x, double y) {
     return transform;
 }
 
-}  // namespace
-
-char const* const kNearGuid = "00000000000000000000G1";
-char const* const kFarGuid = "00000000000000000000G2";
-
-ProgramRun RunQuorlan(std::vector<std::string> const& arguments, std::string const& stdoutPath) {
+/// Runs a program, calls `meanwhile` with its process and waits for its end.
+ProgramRun Run(std::string const& program, std::vector<std::string> const& arguments, std::string const& stdoutPath,
+               std::function<void(pid_t)> const& meanwhile = {}) {
     auto const out = stdoutPath.empty() ? MakeTemporary("quorlan-out-XXXXXX", false) : stdoutPath;
     auto const err = MakeTemporary("quorlan-err-XXXXXX", false);
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY, 0);
     posix_spawn_file_actions_addopen(&actions, 2, err.c_str(), O_WRONLY, 0);
-    std::string const program = QUORLAN_PROGRAM;
     std::vector<char*> argv{const_cast<char*>(program.c_str())};
     for (auto const& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
     argv.push_back(nullptr);
@@ -75,6 +72,7 @@ ProgramRun RunQuorlan(std::vector<std::string> const& arguments, std::string con
     int const failed = posix_spawn(&child, program.c_str(), &actions, nullptr, argv.data(), environ);
     posix_spawn_file_actions_destroy(&actions);
     if (failed != 0) throw std::runtime_error("cannot start " + program);
+    if (meanwhile) meanwhile(child);
     int status = 0;
     waitpid(child, &status, 0);
     ProgramRun run;
@@ -82,6 +80,31 @@ ProgramRun RunQuorlan(std::vector<std::string> const& arguments, std::string con
     if (stdoutPath.empty()) run.out = TakeText(out);
     run.err = TakeText(err);
     return run;
+}
+
+}  // namespace
+
+char const* const kNearGuid = "00000000000000000000G1";
+char const* const kFarGuid = "00000000000000000000G2";
+
+ProgramRun RunQuorlan(std::vector<std::string> const& arguments, std::string const& stdoutPath) {
+    return Run(QUORLAN_PROGRAM, arguments, stdoutPath);
+}
+
+ProgramRun RunQuorlanUnder(std::string const& limits, std::vector<std::string> const& arguments) {
+    std::vector<std::string> shellArguments = {"-c", limits + "; exec \"$0\" \"$@\"", QUORLAN_PROGRAM};
+    shellArguments.insert(shellArguments.end(), arguments.begin(), arguments.end());
+    return Run("/bin/sh", shellArguments, {});
+}
+
+ProgramRun InterruptQuorlan(std::vector<std::string> const& arguments, int signal,
+                            std::function<bool()> const& isTime) {
+    return Run(QUORLAN_PROGRAM, arguments, {}, [&](pid_t child) {
+        siginfo_t info{};
+        while (info.si_pid == 0 && !isTime())
+            waitid(P_PID, static_cast<id_t>(child), &info, WEXITED | WNOHANG | WNOWAIT);
+        if (info.si_pid == 0) kill(child, signal);
+    });
 }
 
 std::vector<char> ReadBytes(std::string const& path) {

@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -18,6 +19,12 @@ struct ProgramRun {
 
 /// Runs `quorlan` with the arguments. `stdoutPath`, if not empty, is opened as its stdout in place of a capture.
 ProgramRun RunQuorlan(std::vector<std::string> const& arguments, std::string const& stdoutPath = {});
+
+/// The same in a shell after the commands `limits` ("ulimit -v 100000").
+ProgramRun RunQuorlanUnder(std::string const& limits, std::vector<std::string> const& arguments);
+
+/// The same, with a signal as soon as `isTime`, unless it has ended before.
+ProgramRun InterruptQuorlan(std::vector<std::string> const& arguments, int signal, std::function<bool()> const& isTime);
 
 std::vector<char> ReadBytes(std::string const& path);
 void WriteBytes(std::string const& path, std::vector<char> const& bytes);

@@ -84,6 +84,12 @@ TEST_F(Validate, EveryCommandThatReadsModelsRefusesABrokenOne) {
         {"export", path, "-o", out + ".glb"},
         {"pick", path, "--pixel", "1,2"},
         {"render", path, "-o", out + ".png"},
+        {"diff", path, path, "-o", out + ".qln"},
+        {"merge", path, path, "-o", out + ".qln"},
+        {"squash", path, path, "-o", out + ".qln"},
+        {"extract", path, "--entity", "0YvctVUKr0kugbFTf53O9L", "-o", out + ".qln"},
+        {"combine", path, path, "-o", out + ".qln"},
+        {"resolve", path, "0YvctVUKr0kugbFTf53O9L"},
     };
     for (auto const& command : commands) {
         SCOPED_TRACE(command[0]);

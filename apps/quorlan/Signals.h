@@ -1,0 +1,24 @@
+#pragma once
+
+#include <string>
+
+namespace QuorlanProgram {
+
+/// A closed pipe and a file that may not grow become errors of the call that meets them. An interrupt (SIGINT, SIGTERM,
+/// SIGHUP) removes the file that is being written, says so in one line and ends the program by its signal; one that the
+/// caller ignores stays ignored.
+void PrepareSignals();
+
+/// For a child process: an interrupt of the parent ends it too, and it says nothing of its own.
+void LeaveInterruptsToTheParent();
+
+/// While it lives, an interrupt removes the file `path`. One at a time.
+class RemovedOnInterrupt {
+public:
+    explicit RemovedOnInterrupt(std::string const& path);
+    RemovedOnInterrupt(RemovedOnInterrupt const&) = delete;
+    RemovedOnInterrupt& operator=(RemovedOnInterrupt const&) = delete;
+    ~RemovedOnInterrupt();
+};
+
+}  // namespace QuorlanProgram
