@@ -1,4 +1,5 @@
 #include "reliability/FailingAllocator.h"
+#include "support/ReadEverything.h"
 #include "support/RunEveryTool.h"
 #include "support/SeedModels.h"
 #include "support/Shapes.h"
@@ -14,6 +15,7 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <functional>
 #include <new>
 
 namespace {
@@ -167,6 +169,72 @@ TEST(AllocationFailure, WritersLeakNothing) {
     auto const storage = ModelStorage::FromBuffer(GetModel());
     ExpectNoLeaks([&] { TestSupport::RunWriters(storage.GetModelReader()); });
     ExpectNoLeaks([] { TestSupport::MakeFullSeedModel(); });
+}
+
+TEST(AllocationFailure, ReadersLeakNothing) {
+    auto const storage = ModelStorage::FromBuffer(GetModel());
+    ExpectNoLeaks([&] { TestSupport::ReadEverything(storage.GetModelReader()); });
+}
+
+TEST(AllocationFailure, AFailedCreateChangesNothing) {
+    ModelBuilder builder;
+    auto const entity = builder.GetEntityWriter().AddEntity({1, 2, 3, {4}}, L"entity", {});
+    auto const shape = builder.GetGeometryDefinitionBuilder().AddBRep(TestSupport::MakePlateWithHole());
+    builder.GetInstanceWriter().AddInstance(entity, shape, kInvalidIndex, kInvalidIndex, {});
+    builder.GetPropertyWriter().AddProperty(entity, {"set", "name", std::string("text")});
+    auto const expected = builder.Create();
+    std::vector<char> created;
+    EXPECT_GT(FailEachAllocation([&] { created = builder.Create(); }, [&] { EXPECT_TRUE(created.empty()); }), 0u);
+    EXPECT_EQ(created, expected);
+}
+
+/// Every operation of every writer on its own: what it leaves behind is destroyed and leaks nothing.
+TEST(AllocationFailure, EveryOperationOfAWriterLeaksNothing) {
+    auto const plate = TestSupport::MakePlateWithHole();
+    std::vector<Vertex> const normals(plate.vertices.size(), {0, 0, 1});
+    std::vector<std::pair<float, float>> const uvs(plate.vertices.size());
+    std::string const longText(100, 'x');
+    std::wstring const longName(100, L'x');
+    using Operation = std::function<void(ModelBuilder&)>;
+    Operation const operations[] = {
+        [&](auto& b) { b.GetEntityWriter().AddEntity({}, longName, {}); },
+        [&](auto& b) { b.GetEntityWriter().AddEntityAt({}, longName, {}); },
+        [&](auto& b) { b.GetEntityWriter().AddEntityWithIdentifierText(longText, longName, {}); },
+        [&](auto& b) { b.GetEntityWriter().AddEntityWithGeometricKey({}, longName, {}); },
+        [&](auto& b) { b.GetEntityWriter().AddEntityWithoutIdentifier(longName, {}); },
+        [&](auto& b) { b.GetMaterialWriter().AddMaterial({}); },
+        [&](auto& b) { b.GetLayerWriter().AddLayer(longText); },
+        [&](auto& b) { b.GetTextureWriter().AddTexture(TextureType::PNG, std::vector<char>(100)); },
+        [&](auto& b) { b.GetGeometryDefinitionBuilder().AddBRep(plate); },
+        [&](auto& b) {
+            b.GetGeometryDefinitionBuilder().AddBRepWithNormals({&plate, &normals});
+        },
+        [&](auto& b) {
+            b.GetGeometryDefinitionBuilder().AddBRepWithUVs({&plate, &uvs});
+        },
+        [&](auto& b) {
+            b.GetGeometryDefinitionBuilder().AddGraphicsContainer({{{{0, 0, 0}, {1, 0, 0}}}, {{}}});
+        },
+        [&](auto& b) {
+            b.GetOwnerHistoryWriter().AddOwnerPart({longText, longText, longText});
+        },
+        [&](auto& b) { b.GetOwnerHistoryWriter().AddOwnerHistoryRecord({}); },
+        [&](auto& b) {
+            b.GetOwnerHistoryWriter().AddOwnerHistory(0, 0, {longText, longText});
+        },
+        [&](auto& b) { b.GetOwnerHistoryWriter().LinkOwnerHistory({}, 0); },
+        [&](auto& b) {
+            b.GetPropertyWriter().AddProperty({}, {longText, longText + "2", longText + "3"});
+        },
+    };
+    for (auto const& operation : operations) {
+        SCOPED_TRACE(&operation - operations);
+        ExpectNoLeaks([&] {
+            ModelBuilder builder;
+            operation(builder);
+            operation(builder);
+        });
+    }
 }
 
 TEST(AllocationFailure, UniqueDefinitionsLeakNothing) {
