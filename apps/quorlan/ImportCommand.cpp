@@ -39,6 +39,7 @@ Import::ImportResult ImportWithProgress(std::vector<char> const& text, bool take
     Progress progress(kProgressSteps);
     Import::ImportOptions options;
     options.takesOpenings = takesOpenings;
+    options.writesRecord = true;
     options.progress = [&](double share) { progress.Report(static_cast<std::uint64_t>(share * kProgressSteps)); };
     return Import::ImportIfc(AsView(text), options);
 }

@@ -48,6 +48,53 @@ TEST_F(Info, CountsWhatTheReaderCounts) {
     EXPECT_GT(info["tables"].size(), 10u);
 }
 
+TEST_F(Info, TellsHowOftenAShapeIsPlacedWhereNoImportSaysMore) {
+    auto const run = RunQuorlan({"info", WriteTwoCubes(), "--format", "json"});
+    auto const sharing = json::parse(run.out)["sharing"];
+    EXPECT_EQ(sharing["instances"], 2);
+    EXPECT_EQ(sharing["instancesPerShape"], 2.0 / sharing["shapesKept"].get<double>());
+    EXPECT_TRUE(sharing["shapesRead"].is_null());
+    EXPECT_TRUE(sharing["largestDeviation"].is_null());
+}
+
+/// A model of one shape that says it was imported from `shapes` shapes, of which `kept` were kept.
+std::vector<char> WriteImported(std::int64_t shapes, std::int64_t kept) {
+    ModelBuilder builder;
+    auto const entity = builder.GetEntityWriter().AddEntity({9, 0, 0, {}}, L"wall", {});
+    FacetedBRep shape;
+    shape.vertices = {{0, 0, 0}, {1, 0, 0}, {0, 1, 0}};
+    shape.faces = {{0, 1, 2}};
+    builder.GetGeometryDefinitionBuilder().AddBRep(shape);
+    auto& properties = builder.GetPropertyWriter();
+    properties.AddProperty(entity, {"Quorlan.Import", "ShapesRead", shapes});
+    properties.AddProperty(entity, {"Quorlan.Import", "ShapesKept", kept});
+    properties.AddProperty(entity, {"Quorlan.Import", "LargestDeviation", 0.0625});
+    return builder.Create();
+}
+
+TEST_F(Info, TellsWhatTheImportFoundOfCopies) {
+    WriteBytes(PathOf("imported.qln"), WriteImported(5, 1));
+    auto const sharing = json::parse(RunQuorlan({"info", PathOf("imported.qln"), "--format", "json"}).out)["sharing"];
+    EXPECT_EQ(sharing["shapesRead"], 5);
+    EXPECT_EQ(sharing["shapesKept"], 1);
+    EXPECT_EQ(sharing["shapesReadPerKept"], 5.0);
+    EXPECT_EQ(sharing["largestDeviation"], 0.0625);
+    EXPECT_NE(RunQuorlan({"info", PathOf("imported.qln")}).out.find("5 imported"), std::string::npos);
+}
+
+TEST_F(Info, ARecordOfOtherShapesThanTheModelHoldsIsNotBelieved) {
+    WriteBytes(PathOf("merged.qln"), WriteImported(5, 2));
+    auto const run = RunQuorlan({"info", PathOf("merged.qln"), "--format", "json"});
+    EXPECT_TRUE(json::parse(run.out)["sharing"]["shapesRead"].is_null());
+}
+
+TEST_F(Info, TheRecordOfAnImportIsNoDifferenceOfModels) {
+    WriteBytes(PathOf("old.qln"), WriteImported(5, 1));
+    WriteBytes(PathOf("new.qln"), WriteImported(6, 1));
+    auto const run = RunQuorlan({"diff", PathOf("old.qln"), PathOf("new.qln"), "-o", PathOf("change.qln")});
+    EXPECT_EQ(run.exitCode, 0) << run.out;
+}
+
 TEST_F(Info, BoundsEncloseAllInstances) {
     auto const run = RunQuorlan({"info", WriteTwoCubes(), "--format", "json"});
     auto const bounds = json::parse(run.out)["bounds"];

@@ -1,6 +1,9 @@
 #include "diff/ModelContent.h"
 
+#include <algorithm>
 #include <utility>
+
+#include "ImportRecord.h"
 
 namespace QuorlanProgram {
 
@@ -62,6 +65,8 @@ std::vector<Quorlan::PropertyRecord> ModelContent::GetProperties(entity_s const&
     auto const index = Quorlan::EntityIndex_t{entity.index};
     std::vector<Quorlan::PropertyRecord> records(properties.GetPropertyCount(index));
     for (std::uint32_t i = 0; i < records.size(); ++i) properties.GetProperty(records[i], index, i);
+    auto const tellsOfTheImport = [](auto const& record) { return record.set == Import::kImportRecordSet; };
+    records.erase(std::remove_if(records.begin(), records.end(), tellsOfTheImport), records.end());
     return records;
 }
 

@@ -48,6 +48,8 @@ public:
     Quorlan::IModelReader const& GetReader() const { return reader_; }
     ShapeStore const& GetStore() const { return store_; }
     Quorlan::Tools::Matrix4 const& GetWorld(part_s const& part) const { return placements_[part.instance]; }
+
+    /// But for those that tell of the import rather than of the building.
     std::vector<Quorlan::PropertyRecord> GetProperties(entity_s const& entity) const;
 
 private:

@@ -22,6 +22,7 @@
 
 #include "BodyWriter.h"
 #include "IfcFile.h"
+#include "ImportRecord.h"
 #include "OwnerHistories.h"
 #include "PropertySets.h"
 #include "TextRepair.h"
@@ -72,6 +73,7 @@ public:
              ImportReport& report, MessageLog& log)
         : model_(model),
           takesOpenings_(options.takesOpenings),
+          writesRecord_(options.writesRecord),
           report_(report),
           placements_(units.length),
           properties_(units),
@@ -90,6 +92,9 @@ public:
         report_.ownerHistories = histories_.GetCount();
         report_.unreadProperties = properties_.GetUnread();
         if (placements_.GetUnreadCount() > 0) report_.unreadItems["IfcGridPlacement"] = placements_.GetUnreadCount();
+        if (writesRecord_ && report_.entities > 0) {
+            WriteImportRecord(builder_, {report_.shapes, report_.definitions, report_.largestDeviation});
+        }
         return builder_.Create();
     }
 
@@ -182,6 +187,7 @@ private:
 
     std::shared_ptr<BuildingModel> model_;
     bool takesOpenings_;
+    bool writesRecord_;
     ImportReport& report_;
     Quorlan::ModelBuilder builder_;
     PlacementReader placements_;

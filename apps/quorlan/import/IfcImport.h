@@ -16,6 +16,9 @@ struct ImportOptions {
     /// cut from what they open in any case.
     bool takesOpenings = false;
 
+    /// Whether the first entity gets the property set that tells of shared shapes (`ImportRecord`).
+    bool writesRecord = false;
+
     /// Called from time to time with the share that is done, 0 to 1. May be empty.
     std::function<void(double)> progress;
 };

@@ -8,7 +8,9 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <map>
 #include <nlohmann/json.hpp>
+#include <variant>
 
 #include "SmallIfc.h"
 
@@ -77,6 +79,25 @@ protected:
     std::string out_;
     std::string error_;
 };
+
+TEST_F(ImportCommand, TheModelTellsHowManyShapesWereReadAndKept) {
+    SmallIfc ifc;
+    ifc.AddWall(7, ifc.AddShape(ifc.AddBox(4000, 200, 2500)), "$");
+    ifc.AddWall(8, ifc.AddShape(ifc.AddBox(4000, 200, 2500)), "$");
+    ASSERT_EQ(Import(Write("in.ifc", ifc.GetText())), 0) << error_;
+    auto const text = ReadAll(folder_ / "model.qln");
+    auto const storage = ModelStorage::FromBuffer(std::vector<char>(text.begin(), text.end()));
+    auto const& properties = storage.GetModelReader().GetProperties();
+    std::map<std::string, decltype(PropertyRecord::value)> record;
+    PropertyRecord property;
+    for (std::uint32_t i = 0; i < properties.GetPropertyCount(EntityIndex_t{0}); ++i) {
+        properties.GetProperty(property, EntityIndex_t{0}, i);
+        if (property.set == "Quorlan.Import") record[property.name] = property.value;
+    }
+    EXPECT_EQ(std::get<std::int64_t>(record.at("ShapesRead")), 2);
+    EXPECT_EQ(std::get<std::int64_t>(record.at("ShapesKept")), 1);
+    EXPECT_LT(std::get<double>(record.at("LargestDeviation")), 1e-5);
+}
 
 TEST_F(ImportCommand, WritesAModelAndNothingElse) {
     EXPECT_EQ(Import(Write("wall.ifc", MakeWall())), 0);
