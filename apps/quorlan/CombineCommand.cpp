@@ -1,3 +1,4 @@
+#include "CombinedEntity.h"
 #include "Commands.h"
 #include "EntityLabel.h"
 #include "GuidText.h"
@@ -92,6 +93,21 @@ _GUID NumberedGuid(std::size_t number) {
     return {0x51554F52, 0x4C41, 0x4E00, {0, 0, 0, 0, 0, 0, 0, static_cast<unsigned char>(number)}};
 }
 
+void Tell(std::string const& path, std::string const& loss) { fmt::print(stderr, "quorlan: {}: {}\n", path, loss); }
+
+/// Says what the entity of a model cannot hold.
+void TellLosses(std::string const& path, CombineLosses const& losses) {
+    if (losses.entities > 1) {
+        Tell(path, fmt::format("{} entities became one; which shape was whose is not kept", losses.entities));
+    }
+    if (losses.shapeless > 0) {
+        Tell(path, fmt::format("{} entities have no shape; where they stood is not kept", losses.shapeless));
+    }
+    if (losses.olderHistories > 0) {
+        Tell(path, fmt::format("{} older owner histories are not kept", losses.olderHistories));
+    }
+}
+
 int RunCombine(Settings const& settings) {
     CheckOutputFile(settings.output, settings.models);
     if (settings.guids.size() > settings.models.size() || settings.names.size() > settings.models.size()) {
@@ -99,15 +115,27 @@ int RunCombine(Settings const& settings) {
     }
     if (settings.models.size() > 255) throw CLI::ValidationError("there are more than 255 models");
     Quorlan::Tools::EntityMerger merger;
+    std::uint64_t instanceCount = 0;
     for (std::size_t i = 0; i < settings.models.size(); ++i) {
-        auto const flat = Flatten(ModelFile::Load(settings.models[i]));
+        auto const model = ModelFile::Load(settings.models[i]);
+        auto const flat = Flatten(model);
         auto const storage = Quorlan::ModelStorage::FromBuffer(flat);
         auto const guid = i < settings.guids.size() ? RequireGuid(settings.guids[i]) : NumberedGuid(i + 1);
         auto const name =
             i < settings.names.size() ? settings.names[i] : std::filesystem::path(settings.models[i]).stem().string();
         merger.Add(storage.GetModelReader(), guid, {}, FromUtf8(name), Quorlan::OwnerHistoryChangeAction::ADDED);
+        Quorlan::EntityIndex_t const entity{static_cast<std::uint32_t>(i)};
+        TellLosses(model.GetPath(), KeepEntities(merger, entity, model.GetReader()));
+        instanceCount += model.GetReader().GetGeometry().GetInstanceCount();
     }
-    WriteOutputFile(settings.output, AsView(merger.GetResult()), settings.models);
+    auto const result = merger.GetResult();
+    auto const written = Quorlan::ModelStorage::FromBuffer(result);
+    auto const writtenCount = written.GetModelReader().GetGeometry().GetInstanceCount();
+    if (writtenCount < instanceCount) {
+        Tell(settings.output,
+             fmt::format("{} instances have no shape and were left out", instanceCount - writtenCount));
+    }
+    WriteOutputFile(settings.output, AsView(result), settings.models);
     fmt::print("{} entities\n", settings.models.size());
     return kSuccess;
 }
