@@ -13,8 +13,12 @@ namespace {
 constexpr double kPositionTolerance = 1e-5;
 constexpr double kTexturedPositionTolerance = 1e-7;
 
-/// [model units] Beyond this, rounding in the search for copies comes near its tolerances.
-constexpr float kLargestCoordinate = 1e8f;
+/// [tolerances] Beyond this, rounding in the search for copies comes near its tolerance.
+constexpr double kLargestCoordinate = 1e13;
+
+constexpr double ToleranceOf(BRepKind kind) {
+    return kind == BRepKind::kWithUV ? kTexturedPositionTolerance : kPositionTolerance;
+}
 
 /// [box diagonals] Below this a plain shape is certainly not re-centred.
 constexpr double kNearDistance = 99.0;
@@ -56,7 +60,8 @@ bool IsNearItsOrigin(ShapeScan const& scan) {
 DefinitionCopier::DefinitionCopier(IGeometryDefinitionBuilder& target)
     : target_(target),
       writer_(dynamic_cast<DefinitionWriter*>(&target)),
-      sieves_{ShapeSieve(kPositionTolerance), ShapeSieve(kTexturedPositionTolerance), ShapeSieve(kPositionTolerance)} {}
+      sieves_{ShapeSieve(ToleranceOf(BRepKind::kPlain)), ShapeSieve(ToleranceOf(BRepKind::kWithUV)),
+              ShapeSieve(ToleranceOf(BRepKind::kWithNormal))} {}
 
 void DefinitionCopier::BorrowShapes() {
     if (writer_ != nullptr) writer_->BorrowStored();
@@ -75,7 +80,10 @@ void DefinitionCopier::SetSource(IGeometryReader const& source, std::vector<bool
         auto const kind = FindBRepKind(storedSource_->definitions()->Get(i)->kind());
         if (kind) ++counts[static_cast<std::size_t>(*kind)];
     }
-    for (std::size_t i = 0; i < counts.size(); ++i) sieves_[i].Reserve(counts[i]);
+    for (BRepKind const kind : {BRepKind::kPlain, BRepKind::kWithUV, BRepKind::kWithNormal}) {
+        SieveOf(kind).Reserve(counts[static_cast<std::size_t>(kind)]);
+        writer_->Reserve(kind, counts[static_cast<std::size_t>(kind)]);
+    }
 }
 
 std::uint32_t DefinitionCopier::Copy(std::uint32_t definition, std::optional<DefinitionMove>& move) {
@@ -127,7 +135,7 @@ std::uint32_t DefinitionCopier::CopyStored(BRepKind kind, BRepView const& shape,
 
     // What is not a finite number agrees with nothing, so that such a shape is neither a copy nor has copies.
     if (!scan.isFinite) return CopySearching(kind, shape, move);
-    if (LargestCoordinate(scan) > kLargestCoordinate) StopSieving();
+    if (LargestCoordinate(scan) > kLargestCoordinate * ToleranceOf(kind)) StopSieving();
     if (!isSieving_) return CopySearching(kind, shape, move);
 
     ShapeSieve& sieve = SieveOf(kind);

@@ -107,7 +107,7 @@ public:
         for (std::uint32_t i = 0; i < count; ++i) {
             largest_ = std::max<std::uint32_t>(largest_, flatbuffers::ReadScalar<std::uint16_t>(indices + 2 * i));
         }
-        if (isRun_ && count % 2 == 1) RequireZero(indices + 2 * count);
+        padding_ = count % 2 == 1 ? indices + 2 * count : nullptr;
         next_ += 4 + 4 * words;
     }
 
@@ -115,7 +115,7 @@ public:
         isRun_ = isRun_ && flatbuffers::ReadScalar<std::uint16_t>(padding) == 0;
     }
 
-    void VisitVertices(std::uint8_t const* vertices) { isRun_ = isRun_ && vertices == next_ + 4; }
+    void VisitVertices(std::uint8_t const* vertices) { Expect(vertices - 4); }
 
     bool IsRun() const { return isRun_; }
     bool IsSound(std::uint32_t vertexCount) const { return indexCount_ == 0 || largest_ < vertexCount; }
@@ -125,10 +125,16 @@ public:
 private:
     static constexpr std::size_t kShapeTableSize = 16;
 
-    void Expect(void const* part) { isRun_ = isRun_ && part == next_; }
+    /// What rounds up the loop before is looked at only once something stands behind it.
+    void Expect(void const* part) {
+        isRun_ = isRun_ && part == next_;
+        if (isRun_ && padding_ != nullptr) RequireZero(padding_);
+        padding_ = nullptr;
+    }
 
     ShapeScanner& scanner_;
     std::uint8_t const* next_;
+    std::uint8_t const* padding_ = nullptr;  ///< of the loop before, if it has an odd number of indices
     bool isRun_ = false;
     std::uint32_t largest_ = 0;
     std::size_t loopWords_ = 0;

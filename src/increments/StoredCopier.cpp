@@ -17,7 +17,9 @@ using EntityList = std::vector<std::pair<OwnerHistoryChangeAction, EntityIndex_t
 template <class Vector>
 void ReserveMore(Vector& elements, std::size_t count) {
     std::size_t const needed = elements.size() + count;
-    if (needed > elements.capacity()) elements.reserve(std::max(needed, 2 * elements.capacity()));
+    if (needed <= elements.capacity()) return;
+    std::size_t const roomForAnIncrement = needed / 16;
+    elements.reserve(std::max(needed + roomForAnIncrement, 2 * elements.capacity()));
 }
 
 std::string_view ViewOf(flatbuffers::String const* text) {

@@ -155,6 +155,15 @@ GeometryDefinitionIndex_t DefinitionWriter::AddStored(BRepKind kind, BRepView co
     return AddDefinition(ToDefinitionKind(kind), shapes.size() - 1, min, max);
 }
 
+void DefinitionWriter::Reserve(BRepKind kind, std::size_t count) {
+    auto const reserve = [count](auto& elements) {
+        std::size_t const needed = elements.size() + count;
+        if (needed > elements.capacity()) elements.reserve(std::max(needed, 2 * elements.capacity()));
+    };
+    reserve(shapes_[static_cast<std::size_t>(kind)]);
+    reserve(definitions);
+}
+
 BRepView DefinitionWriter::GetShape(BRepKind kind, std::size_t index) const {
     void const* const table = GetTable(GetShapes(kind)[index]);
     switch (kind) {

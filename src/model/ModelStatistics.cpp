@@ -3,6 +3,7 @@
 
 #include <Quorlan/ModelStatistics.h>
 
+#include <unordered_set>
 #include <utility>
 
 namespace Quorlan {
@@ -57,6 +58,15 @@ std::uint64_t SizeOfBReps(Vector<Offset<Table>> const* breps) {
     });
 }
 
+/// Texts of which each is counted where it is met first: owner parts and histories share theirs.
+class SharedTexts {
+public:
+    std::uint64_t CountOnce(flatbuffers::String const* text) { return counted_.insert(text).second ? SizeOf(text) : 0; }
+
+private:
+    std::unordered_set<void const*> counted_;
+};
+
 }  // namespace
 
 bool ModelStatistics::Build(std::vector<char> const& buffer) {
@@ -93,13 +103,15 @@ bool ModelStatistics::Build(std::vector<char> const& buffer) {
     auto const* const histories = model->ownerHistories();
     auto const* const parts = histories == nullptr ? nullptr : histories->parts();
     auto const* const joined = histories == nullptr ? nullptr : histories->histories();
-    add("ownerParts", CountOf(parts), SizeOfTree(parts, [](Schema::OwnerPart const& part) {
-            return SizeOfTable(&part) + SizeOf(part.user()) + SizeOf(part.organization()) + SizeOf(part.application());
+    SharedTexts texts;
+    add("ownerParts", CountOf(parts), SizeOfTree(parts, [&texts](Schema::OwnerPart const& part) {
+            return SizeOfTable(&part) + texts.CountOnce(part.user()) + texts.CountOnce(part.organization()) +
+                   texts.CountOnce(part.application());
         }));
     addStructs("ownerHistoryRecords", histories == nullptr ? nullptr : histories->records());
-    add("ownerHistories", CountOf(joined), SizeOfTree(joined, [](Schema::OwnerHistory const& history) {
-            return SizeOfTable(&history) + SizeOf(history.lastModifyingUser()) +
-                   SizeOf(history.lastModifyingApplication());
+    add("ownerHistories", CountOf(joined), SizeOfTree(joined, [&texts](Schema::OwnerHistory const& history) {
+            return SizeOfTable(&history) + texts.CountOnce(history.lastModifyingUser()) +
+                   texts.CountOnce(history.lastModifyingApplication());
         }));
     addStructs("ownerHistoryLinks", histories == nullptr ? nullptr : histories->links());
 

@@ -105,6 +105,9 @@ public:
     /// From now on the bytes of what `AddStored` is given outlive the writer, which does not copy them.
     void BorrowStored() { isBorrowing_ = true; }
 
+    /// Makes room for this many more shapes of a kind.
+    void Reserve(BRepKind kind, std::size_t count);
+
     /// The BRep of a definition that this writer holds; empty for line graphics.
     std::optional<BRepView> FindShape(GeometryDefinitionIndex_t definition) const;
     BRepView GetShape(BRepKind kind, std::size_t index) const;

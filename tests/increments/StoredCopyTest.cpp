@@ -1,6 +1,7 @@
 #include "increments/ForwardingReader.h"
 #include "increments/ModelContent.h"
 #include "increments/SceneWriter.h"
+#include "support/RawModel.h"
 #include "support/SeedModels.h"
 #include "support/Shapes.h"
 #include "support/Transforms.h"
@@ -155,6 +156,31 @@ TEST(StoredCopy, ShapesThatAreNotFiniteHugeFarOrFlatGiveTheBytesOfTheOpenWay) {
     add(TestSupport::MakeUnitCube());
     add(huge);
     ExpectSameBytes(builder.Create());
+}
+
+/// A buffer that no writer of ours made: shared and absent parts, indices and kinds that lead nowhere.
+TEST(StoredCopy, OddBuffersGiveTheBytesOfTheOpenWay) {
+    RawModel model;
+    model.entityKind = 0;
+    for (std::uint32_t i = 0; i < 6; ++i) model.AddEntity(At(i, 0, 0));
+    auto const plate = ToRawBRep(TestSupport::MakePlateWithHole());
+    std::vector<RawBRep> shapes(9, plate);
+    shapes[1].holes->insert(shapes[1].holes->begin(), RawHole{5, std::vector<std::uint16_t>{0, 1, 2}});  // not sorted
+    shapes[2].faces->at(0) = std::nullopt;
+    shapes[3].faces->at(0)->at(1) = 60000;  // beyond the vertices
+    shapes[4].holes->at(0).loop = std::nullopt;
+    shapes[5].vertices = std::nullopt;
+    shapes[6].faces = std::nullopt;
+    shapes[7].holes = std::nullopt;
+    shapes[8].vertices->resize(2);
+    for (std::uint8_t const kind : std::vector<std::uint8_t>{1, 6, 7}) {
+        for (auto const& shape : shapes)
+            model.AddInstance(model.AddInstance(0, 0) % 6, model.AddBRep(shape, kind), At(0, kind, 1));
+    }
+    for (std::uint8_t const kind : std::vector<std::uint8_t>{0, 1, 2, 5, 6, 7, 16, 255}) {
+        model.AddInstance(kind % 6, model.AddDefinition({0, 0, 0}, {1, 1, 1}, kind, 99), {}, 7, 7);
+    }
+    ExpectSameBytes(model.Write());
 }
 
 TEST(StoredCopy, ReadersOfBothKindsCanFeedOneBuilder) {

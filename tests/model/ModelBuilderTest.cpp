@@ -269,6 +269,26 @@ TEST(ModelBuilder, MaterialsTexturesAndLayersReadBackWithoutDeduplication) {
     EXPECT_TRUE(texture.getData().empty());
 }
 
+/// A model of this many owner histories, all by a user whose name has this length.
+std::vector<char> WriteHistories(std::size_t count, std::size_t nameLength) {
+    ModelBuilder builder;
+    auto& writer = builder.GetOwnerHistoryWriter();
+    std::string const name(nameLength, 'u');
+    for (std::size_t i = 0; i < count; ++i) writer.AddOwnerHistory(writer.AddOwnerPart({name, "", ""}), 0, {name, ""});
+    return builder.Create();
+}
+
+TEST(ModelBuilder, OwnerTextsThatRecurAreWrittenOnceUnlessTheyAreLong) {
+    EXPECT_LT(WriteHistories(100, 256).size(), 100u * 100);
+    auto const model = WriteHistories(100, 257);
+    EXPECT_GT(model.size(), 100u * 2 * 257) << "what a buffer shares stays small beside what shares it";
+    auto const storage = ModelStorage::FromBuffer(model);
+    ASSERT_FALSE(storage.HasError());
+    OwnerHistoryLinkRecord link;
+    storage.GetModelReader().GetOwnerHistories().GetOwnerHistoryLinkRecord(link, 99);
+    EXPECT_EQ(link.lastModifyingUser, std::string(257, 'u'));
+}
+
 TEST(ModelBuilder, OwnerHistoriesReadBack) {
     ModelBuilder builder;
     auto const entity = builder.GetEntityWriter().AddEntity(kGuid, L"", {});
