@@ -172,56 +172,24 @@ struct InstanceLanes {
     void GetLocalBounds(VectorLanes<Float4>& lo, VectorLanes<Float4>& hi) const { LoadTriples(definitions, 8, lo, hi); }
 };
 
-/// Results larger than this are written past the caches, which they would only pass through: the memory behind them is
-/// then not read before it is overwritten. [bytes]
-constexpr std::size_t kStreamedSize = std::size_t{32} << 20;
-
-/// Copies without a trace in the caches. Other processors see the bytes after FinishStreaming. REQUIRES: a size and a
-/// destination that are multiples of 16.
-inline void Stream(void const* from, void* to, std::size_t size) {
-#if QUORLAN_HAS_SSE2
-    auto const* source = static_cast<__m128i const*>(from);
-    auto* target = static_cast<__m128i*>(to);
-    for (std::size_t i = 0; i < size / sizeof(__m128i); ++i) _mm_stream_si128(target + i, _mm_loadu_si128(source + i));
-#else
-    std::memcpy(to, from, size);
-#endif
-}
-
-inline void FinishStreaming() {
-#if QUORLAN_HAS_SSE2
-    _mm_sfence();
-#endif
-}
-
-inline bool CanStream(void const* to) { return reinterpret_cast<std::uintptr_t>(to) % 16 == 0; }
-
 /// Fills `results` with one value per instance: `compute(first, out)` writes the four values from instance `first` on.
 ///
 /// Values that are there from an earlier build are overwritten in place. New ones are computed in a block that stays in
 /// the first cache and appended to reserved memory block by block, so that nothing is constructed to be overwritten.
 template <class Value, class Compute>
-void FillByLanes(std::vector<Value>& results, std::uint32_t count, Compute compute,
-                 std::size_t streamedSize = kStreamedSize) {
+void FillByLanes(std::vector<Value>& results, std::uint32_t count, Compute compute) {
     static_assert(std::is_trivially_copyable_v<Value>);
     constexpr std::uint32_t kBlock = 16384 / sizeof(Value) / kLaneCount * kLaneCount;
     alignas(64) std::array<Value, kBlock> block;
     results.resize(std::min<std::size_t>(results.size(), count) / kBlock * kBlock);
     results.reserve(count);
-    static_assert(kBlock * sizeof(Value) % 16 == 0);
-    bool const isStreamed = count * sizeof(Value) > streamedSize && CanStream(results.data());
     for (std::uint32_t blockFirst = 0; blockFirst < count; blockFirst += kBlock) {
         std::uint32_t const size = std::min(kBlock, count - blockFirst);
         bool const isInPlace = blockFirst < results.size();
-        Value* const out = isInPlace && !isStreamed ? &results[blockFirst] : block.data();
+        Value* const out = isInPlace ? &results[blockFirst] : block.data();
         for (std::uint32_t i = 0; i < size; i += kLaneCount) compute(blockFirst + i, out + i);
-        if (!isInPlace) {
-            results.insert(results.end(), out, out + size);
-        } else if (isStreamed) {
-            Stream(out, &results[blockFirst], size * sizeof(Value));
-        }
+        if (!isInPlace) results.insert(results.end(), out, out + size);
     }
-    if (isStreamed) FinishStreaming();
 }
 
 }  // namespace Quorlan
