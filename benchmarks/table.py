@@ -38,9 +38,9 @@ ROWS = [
      {"Bullet": "FindCandidatesWithBullet", "Embree MEDIUM": "FindCandidatesWithEmbree"}, None),
     ("ModelPicker edges", "pick", "PickEdges", (1000, 10000, 100000, 1000000), None, {}, None),
     ("ModelPicker lines", "pick", "PickLines", (1000, 10000, 100000, 1000000), None, {}, None),
-    ("Ray against edges", "edge", "StoredBRepEdges", None, "PlainEdges", {}, None),
-    ("Ray against segments", "segment", "Segments", (100, 1000, 10000, 100000), "PlainSegments", {}, None),
-    ("Ray against arcs", "arc", "Arcs", (100, 1000, 10000), "SampledArcs", {}, None),
+    ("Ray against the edges of a shape", "ray", "StoredBRepEdges", None, "PlainEdges", {}, None),
+    ("Ray against segments", "ray", "Segments", (100, 1000, 10000, 100000), "PlainSegments", {}, None),
+    ("Ray against arcs", "ray", "Arcs", (100, 1000, 10000), "SampledArcs", {}, None),
     ("GUID to 22 characters", "GUID", "GuidToCompressed", None, None, {}, None),
     ("22 characters to GUID", "GUID", "CompressedToGuid", None, "CompressedToGuidPlain", {}, None),
     ("GUID to 36 characters", "GUID", "GuidToHex", None, "GuidToHexPlain", {}, None),
@@ -95,7 +95,7 @@ def format_time(ns):
 
 
 def format_ratio(ratio):
-    return f"{ratio:.0f} x" if ratio >= 20 else f"{ratio:.1f} x"
+    return f"{ratio:.0f} x" if ratio >= 20 else f"{ratio:.1f} x" if ratio >= 1 else f"{ratio:.2f} x"
 
 
 def rows_of(results):

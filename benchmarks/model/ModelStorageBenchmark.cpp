@@ -39,12 +39,12 @@ void OpenModel(benchmark::State& state) {
 }
 BENCHMARK(OpenModel)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);
 
+/// The building names some materials and layers that it does not have; they are found.
 void ValidateModel(benchmark::State& state) {
     auto const buffer = MakeBuilding(state);
     for (auto _ : state) {
         ModelValidator validator;
-        if (!validator.Build(buffer)) state.SkipWithError("not valid");
-        benchmark::DoNotOptimize(&validator);
+        benchmark::DoNotOptimize(validator.Build(buffer));
     }
     CountBytes(state, buffer);
 }
