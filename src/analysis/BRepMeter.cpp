@@ -1,8 +1,10 @@
 #include "analysis/BRepMeter.h"
 
 #include "analysis/SmallFaceLanes.h"
+#include "analysis/SmallFacesAvx2.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace Quorlan {
 namespace {
@@ -61,6 +63,29 @@ bool IsSmall(BRepView const& brep, flatbuffers::Vector<std::uint16_t> const* loo
     return highest < brep.vertexCount;
 }
 
+template <std::size_t CornerCount>
+bool MeasureInLanes(BRepView const& brep, SmallFaces const& faces, Vertex const& apexOfAll,
+                    SmallFaceMeasures& measures) {
+    SmallFaceLanes<CornerCount> const lanes(brep, faces.loops);
+    if constexpr (CornerCount == 4) {
+        if (!lanes.AreConvex()) return false;
+    }
+    if (!lanes.CanCompareSquares()) return false;
+
+    Store(lanes.ComputeAreas(kShortestNormal), measures.areas);
+    auto const apex = Broadcast(apexOfAll);
+    for (std::size_t t = 0; t < CornerCount - 2; ++t) {
+        Double4 volumes(0.0);
+        VectorLanes<Double4> moments;
+        lanes.ComputeTetrahedra(apex, t + 1, volumes, moments);
+        Store(volumes, measures.volumes[t]);
+        Store(moments.x, measures.moments[t][0]);
+        Store(moments.y, measures.moments[t][1]);
+        Store(moments.z, measures.moments[t][2]);
+    }
+    return true;
+}
+
 }  // namespace
 
 /// What is summed face by face: the area, and volume and first moment of the tetrahedra between the triangles of the
@@ -82,11 +107,11 @@ public:
         moment_ = moment_ + moment;
     }
 
-    /// The apex, which is `p0` if no triangle was added yet.
-    Vertex const& GetApex(Vertex const& p0) {
-        if (isEmpty_) apex_ = p0;
+    /// The apex, which will be `p0` if no triangle was added yet.
+    Vertex GetApex(Vertex const& p0) const { return isEmpty_ ? p0 : apex_; }
+    void SetApex(Vertex const& apex) {
         isEmpty_ = false;
-        return apex_;
+        apex_ = apex;
     }
 
     BRepQuantities GetQuantities() const { return {area_, volume_, isEmpty_ ? Vertex() : moment_ / volume_}; }
@@ -97,14 +122,6 @@ private:
     Vertex apex_;
     double volume_ = 0;
     Vertex moment_;
-};
-
-/// Faces in a row that have three corners each, or four, and no holes.
-struct BRepMeter::SmallFaces {
-    std::uint16_t const* loops[kSmallFaceCount] = {};
-    std::uint32_t faces[kSmallFaceCount] = {};
-    std::size_t size = 0;
-    std::size_t cornerCount = 0;
 };
 
 BRepQuantities BRepMeter::Measure(BRepView const& brep) {
@@ -135,45 +152,36 @@ BRepQuantities BRepMeter::Measure(BRepView const& brep) {
 
 /// Adds the faces in their order and removes them.
 void BRepMeter::AddSmallFaces(BRepView const& brep, SmallFaces& faces, Sums& sums) {
-    if (faces.size == 0) return;
-    for (std::size_t i = faces.size; i < kSmallFaceCount; ++i) faces.loops[i] = faces.loops[faces.size - 1];
-    bool const isAdded = faces.cornerCount == 3 ? AddInLanes<3>(brep, faces, sums) : AddInLanes<4>(brep, faces, sums);
-    if (!isAdded) {
-        for (std::size_t i = 0; i < faces.size; ++i) AddFace(brep, faces.faces[i], 0, 0, sums);
+    std::size_t const size = std::exchange(faces.size, 0);
+    if (size == 0) return;
+    for (std::size_t i = size; i < kSmallFaceCount; ++i) faces.loops[i] = faces.loops[size - 1];
+    SmallFaceMeasures measures;
+    Vertex const apex = sums.GetApex(ToVertex(brep.GetPosition(faces.loops[0][0])));
+    if (!MeasureFaces(brep, faces, apex, measures)) {
+        for (std::size_t i = 0; i < size; ++i) AddFace(brep, faces.faces[i], 0, 0, sums);
+        return;
     }
-    faces.size = 0;
-}
-
-/// RETURNS false, with nothing added, where a quadrilateral needs its ears cut or lengths have to be compared by roots.
-template <std::size_t CornerCount>
-bool BRepMeter::AddInLanes(BRepView const& brep, SmallFaces const& faces, Sums& sums) {
-    SmallFaceLanes<CornerCount> const lanes(brep, faces.loops);
-    if constexpr (CornerCount == 4) {
-        if (!lanes.AreConvex()) return false;
-    }
-    if (!lanes.CanCompareSquares()) return false;
-
-    double areas[4];
-    Store(lanes.ComputeAreas(kShortestNormal), areas);
-    auto const apex = Broadcast(sums.GetApex(ToVertex(brep.GetPosition(faces.loops[0][0]))));
-    double volume[CornerCount - 2][4];
-    double moment[CornerCount - 2][3][4];
-    for (std::size_t t = 0; t < CornerCount - 2; ++t) {
-        Double4 volumes(0.0);
-        VectorLanes<Double4> moments;
-        lanes.ComputeTetrahedra(apex, t + 1, volumes, moments);
-        Store(volumes, volume[t]);
-        Store(moments.x, moment[t][0]);
-        Store(moments.y, moment[t][1]);
-        Store(moments.z, moment[t][2]);
-    }
-    for (std::size_t i = 0; i < faces.size; ++i) {
-        sums.AddArea(areas[i]);
-        for (std::size_t t = 0; t < CornerCount - 2; ++t) {
-            sums.AddTetrahedron(volume[t][i], {moment[t][0][i], moment[t][1][i], moment[t][2][i]});
+    sums.SetApex(apex);
+    for (std::size_t i = 0; i < size; ++i) {
+        sums.AddArea(measures.areas[i]);
+        for (std::size_t t = 0; t < faces.cornerCount - 2; ++t) {
+            auto const& moment = measures.moments[t];
+            sums.AddTetrahedron(measures.volumes[t][i], {moment[0][i], moment[1][i], moment[2][i]});
         }
     }
-    return true;
+}
+
+/// RETURNS false where a quadrilateral needs its ears cut or lengths have to be compared by roots.
+bool BRepMeter::MeasureFaces(BRepView const& brep, SmallFaces const& faces, Vertex const& apex,
+                             SmallFaceMeasures& measures) const {
+#if QUORLAN_HAS_AVX2
+    if (usesAvx2_) {
+        return MeasureSmallFacesAvx2(brep.vertices, brep.vertexStride, faces, {apex.x, apex.y, apex.z}, kShortestNormal,
+                                     measures);
+    }
+#endif
+    return faces.cornerCount == 3 ? MeasureInLanes<3>(brep, faces, apex, measures)
+                                  : MeasureInLanes<4>(brep, faces, apex, measures);
 }
 
 /// Adds any face with the holes at these places of `holesByFace_`.

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "analysis/SmallFaces.h"
 #include "geometry/LaneMoves.h"
 #include "geometry/Lanes.h"
 #include "model/ModelView.h"
@@ -11,8 +12,6 @@ namespace Quorlan {
 
 using GeometryObjectLib::Double4;
 using GeometryObjectLib::VectorLanes;
-
-constexpr std::size_t kSmallFaceCount = 4;
 
 /// Four faces without holes, of three or four corners each, side by side: what `BRepMeter` computes for one, with its
 /// bits in every lane.
