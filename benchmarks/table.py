@@ -65,12 +65,14 @@ def read_results(directory):
         for result in data["benchmarks"]:
             if result.get("aggregate_name", "median") == "median" and not result.get("error_occurred"):
                 name = result.get("run_name", result["name"])
-                results[name.split("/repeats:")[0]] = result
+                results[name.split("/repeats:")[0].replace("/manual_time", "")] = result
     return results
 
 
 def time_per_item(result):
-    """[ns] of processor time."""
+    """[ns] of processor time, or of what a benchmark measured itself for as many items as its size."""
+    if result.get("run_name", "").endswith("/manual_time"):
+        return result["real_time"] * NANOSECONDS[result["time_unit"]] / int(result["run_name"].split("/")[1])
     for counter in ("perInstance", "perItem"):
         if counter in result:
             return result[counter] * 1e9
