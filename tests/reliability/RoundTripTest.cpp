@@ -67,7 +67,8 @@ RC_GTEST_PROP(RoundTrip, NumbersComeBackFromBase64BitForBit, (std::vector<std::u
     std::vector<double> back;
     RC_ASSERT(Tools::DecodeDoubles(Tools::Base64Encode(bytes), back) == !bits.empty());
     RC_ASSERT(back.size() == bits.size());
-    RC_ASSERT(bits.empty() || std::memcmp(back.data(), bits.data(), bytes.size()) == 0);
+    bool const isSame = bits.empty() || std::memcmp(back.data(), bits.data(), bytes.size()) == 0;
+    RC_ASSERT(isSame);
 }
 
 // --- buffers ---
