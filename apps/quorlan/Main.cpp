@@ -16,7 +16,7 @@ namespace {
 
 std::vector<Command> const kCommands = {
     {"sample", "Write the sample building", &DeclareSample},
-    {"import", "Read a building from an IFC file", &DeclareImport},
+    {"import", "Make a model of IFC files and meshes", &DeclareImport},
     {"info", "Say what a model holds", &DeclareInfo},
     {"validate", "Check every index and reference of a model", &DeclareValidate},
     {"boxes", "List the world boxes of all instances", &DeclareBoxes},

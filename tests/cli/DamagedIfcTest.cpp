@@ -5,6 +5,7 @@
 #include <IfcImport.h>
 #include <Quorlan/ModelValidator.h>
 
+#include <algorithm>
 #include <filesystem>
 #include <random>
 #include <string>
@@ -36,7 +37,9 @@ protected:
             EXPECT_EQ(GetFiles(), std::vector<std::string>{"damaged.ifc"});
             return false;
         }
-        EXPECT_EQ(run.err, "");
+        // Nothing, or one line that counts the warnings.
+        EXPECT_LE(std::count(run.err.begin(), run.err.end(), '\n'), 1) << run.err;
+        EXPECT_TRUE(run.err.empty() || run.err.find(" warning") != std::string::npos) << run.err;
         EXPECT_TRUE(ModelValidator().Build(ReadBytes(PathOf("model.qln"))));
         fs::remove(PathOf("model.qln"));
         return true;
@@ -51,10 +54,11 @@ protected:
     }
 };
 
-TEST_F(DamagedIfc, AFileThatIsCutOffIsRefused) {
+TEST_F(DamagedIfc, AFileThatIsCutOffIsReadAsFarAsItGoesAndRefusedBeforeItsProject) {
     auto const text = MakeIfcSeeds().front().second;
     EXPECT_TRUE(Import(text));
-    for (auto const size : {std::size_t{0}, std::size_t{14}, text.size() / 2, text.size() - 3}) {
+    EXPECT_TRUE(Import(text.substr(0, text.size() - 3)));
+    for (auto const size : {std::size_t{0}, std::size_t{14}, text.find("IFCPROJECT(")}) {
         EXPECT_FALSE(Import(text.substr(0, size))) << size;
     }
 }
@@ -105,23 +109,22 @@ TEST_F(DamagedIfc, AHalfSpaceWithoutASideEndsNeitherTheProgramNorTheLine) {
     Import(text.replace(side, 5, ",$)"));
 }
 
-TEST_F(DamagedIfc, RealFilesCutAtEveryKilobyteAreRefused) {
+TEST_F(DamagedIfc, ARealFileCutAtEveryKilobyteIsReadWithAWarningOrRefused) {
     auto const folder = TestSupport::FindTestData();
-    if (!folder) GTEST_SKIP() << TestSupport::kNoTestData;
-    std::size_t cuts = 0;
-    for (auto const& entry : fs::recursive_directory_iterator(*folder)) {
-        if (entry.path().extension() != ".ifc") continue;
-        SCOPED_TRACE(entry.path().filename().string());
-        auto const text = TestSupport::ReadText(entry.path());
-        auto const whole = std::string_view(text).substr(0, text.rfind("END-ISO-10303-21"));
-        for (std::size_t size = 0; size < whole.size(); size += 1024, ++cuts) {
-            auto const result = QuorlanProgram::Import::ImportIfc(whole.substr(0, size));
-            EXPECT_TRUE(result.model.empty());
-            EXPECT_NE(result.error, "");
-            EXPECT_EQ(result.error.find('\n'), std::string::npos);
-        }
+    if (!folder || !fs::exists(*folder / kSmallFile)) GTEST_SKIP() << TestSupport::kNoTestData;
+    auto const text = TestSupport::ReadText(*folder / kSmallFile);
+    auto const whole = std::string_view(text).substr(0, text.rfind("END-ISO-10303-21"));
+    std::size_t imported = 0;
+    for (std::size_t size = 0; size < whole.size(); size += 1024 * kSparing) {
+        SCOPED_TRACE(size);
+        auto const result = QuorlanProgram::Import::ImportIfc(whole.substr(0, size));
+        EXPECT_EQ(result.error.find('\n'), std::string::npos);
+        EXPECT_EQ(result.error.empty(), ModelValidator().Build(result.model));
+        if (!result.error.empty()) continue;
+        EXPECT_GE(result.report.CountWarnings(), 1u);
+        ++imported;
     }
-    EXPECT_GT(cuts, 0u);
+    EXPECT_GT(imported, 0u);
 }
 
 TEST_F(DamagedIfc, WhatIsLeftOfARealFileAtEveryKilobyteIsRead) {

@@ -1,38 +1,24 @@
 #include "IfcImport.h"
 
-#include <Quorlan/ModelBuilder.h>
-#include <Tools/Identifiers.h>
-#include <ifcpp/IFC4/include/IfcElement.h>
-#include <ifcpp/IFC4/include/IfcFeatureElementSubtraction.h>
-#include <ifcpp/IFC4/include/IfcGloballyUniqueId.h>
-#include <ifcpp/IFC4/include/IfcLabel.h>
-#include <ifcpp/IFC4/include/IfcOwnerHistory.h>
-#include <ifcpp/IFC4/include/IfcProduct.h>
 #include <ifcpp/IFC4/include/IfcProject.h>
-#include <ifcpp/IFC4/include/IfcRelAggregates.h>
-#include <ifcpp/IFC4/include/IfcRelVoidsElement.h>
-#include <ifcpp/IFC4/include/IfcSpace.h>
-#include <ifcpp/IFC4/include/IfcSpatialZone.h>
 #include <ifcpp/model/BuildingModel.h>
 
 #include <chrono>
 #include <new>
-#include <set>
-#include <unordered_map>
 
-#include "BodyWriter.h"
-#include "IfcFile.h"
-#include "ImportRecord.h"
-#include "OwnerHistories.h"
-#include "PropertySets.h"
-#include "TextRepair.h"
-#include "WideText.h"
+#include "ifc/IfcFile.h"
+#include "ifc/IfcProducts.h"
+#include "step/StepText.h"
+#include "step/TextRepair.h"
 
 namespace QuorlanProgram::Import {
 
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+constexpr std::size_t kGuidLength = 22;
+constexpr std::size_t kPlacementArgument = 5;  ///< of a product; its representation follows
 
 double SecondsSince(Clock::time_point start) { return std::chrono::duration<double>(Clock::now() - start).count(); }
 
@@ -41,200 +27,101 @@ char const* Describe(TextProblem problem) {
         case TextProblem::kEmpty: return "the file is empty";
         case TextProblem::kNoStepFile: return "this is no IFC file: it does not start with ISO-10303-21";
         case TextProblem::kNoIfcSchema: return "this is no IFC file: its header names no IFC schema";
-        case TextProblem::kTruncated: return "the file is cut off: END-ISO-10303-21 is missing at its end";
         default: return "";
     }
 }
 
-/// The inverse of a rotation and translation.
-Matrix4 InverseOfRigid(Matrix4 const& m) {
-    Matrix4 inverse;
-    for (std::size_t row = 0; row < 3; ++row) {
-        for (std::size_t column = 0; column < 3; ++column) inverse(row, column) = m(column, row);
-    }
-    auto const origin = TransformDirection(inverse, m.GetColumn(3));
-    inverse(0, 3) = -origin.x;
-    inverse(1, 3) = -origin.y;
-    inverse(2, 3) = -origin.z;
-    return inverse;
+/// The GUID of an instance that looks like a product: a GUID first, then a placement and a representation, of which one
+/// is given. Empty for any other instance.
+std::string FindProductGuid(std::string_view statement) {
+    auto const instances = ReadStatements(statement);
+    if (instances.empty()) return {};
+    auto const arguments = SplitArguments(instances.front().arguments);
+    if (arguments.size() <= kPlacementArgument + 1) return {};
+    auto const guid = arguments[0];
+    if (guid.size() != kGuidLength + 2 || guid.front() != '\'') return {};
+    auto const isReference = [](std::string_view argument) { return !argument.empty() && argument.front() == '#'; };
+    auto const isProduct = isReference(arguments[kPlacementArgument]) || isReference(arguments[kPlacementArgument + 1]);
+    return isProduct ? std::string(guid.substr(1, kGuidLength)) : std::string();
 }
 
-void CountUnknownClasses(ImportReport& report, RepairedText const& text, BuildingModel const& model) {
+void NoteUnknownClasses(ImportReport& report, std::string_view original, RepairedText const& text,
+                        BuildingModel const& model) {
     auto const& entities = model.getMapIfcEntities();
-    for (auto const& [id, classIndex] : text.ids) {
-        if (entities.count(static_cast<int>(id)) == 0) ++report.unknownClasses[text.classes[classIndex]];
+    for (auto const& instance : text.instances) {
+        if (entities.count(static_cast<int>(instance.id)) > 0) continue;
+        auto const& name = text.classes[instance.classIndex];
+        auto const guid = FindProductGuid(original.substr(instance.begin, instance.end - instance.begin));
+        if (guid.empty()) {
+            ++report.unknownClasses[name];
+        } else {
+            report.unknownProducts.push_back(guid + ' ' + name);
+        }
     }
 }
 
-/// Writes the products of one file.
-class Importer {
-public:
-    Importer(std::shared_ptr<BuildingModel> const& model, Units const& units, ImportOptions const& options,
-             ImportReport& report, MessageLog& log)
-        : model_(model),
-          takesOpenings_(options.takesOpenings),
-          writesRecord_(options.writesRecord),
-          report_(report),
-          placements_(units.length),
-          properties_(units),
-          geometry_(model, units.length, options.verticesPerCircle, log),
-          histories_(builder_.GetOwnerHistoryWriter()),
-          bodies_(builder_, geometry_, report) {}
-
-    std::vector<char> Run(std::function<void(double)> const& progress) {
-        auto const& entities = model_->getMapIfcEntities();
-        std::size_t done = 0;
-        for (auto const& entry : entities) {
-            if (auto const product = std::dynamic_pointer_cast<IfcProduct>(entry.second)) Add(*product);
-            if (progress && ++done % 256 == 0)
-                progress(static_cast<double>(done) / static_cast<double>(entities.size()));
-        }
-        report_.ownerHistories = histories_.GetCount();
-        report_.unreadProperties = properties_.GetUnread();
-        if (placements_.GetUnreadCount() > 0) report_.unreadItems["IfcGridPlacement"] = placements_.GetUnreadCount();
-        if (writesRecord_ && report_.entities > 0) {
-            WriteImportRecord(builder_, {report_.shapes, report_.definitions, report_.largestDeviation});
-        }
-        return builder_.Create();
+/// What the report says in its own words is not said twice.
+void NoteMessages(ImportReport& report, MessageLog const& log) {
+    for (auto const& message : log.GetCounts()) {
+        auto const says = [&](char const* text) { return message.first.find(text) != std::string::npos; };
+        if (!says("unknown IFC entity") && !says("No length unit")) report.messages.insert(message);
     }
+}
 
-private:
-    static bool IsOpening(IfcProduct const& product) {
-        return dynamic_cast<IfcFeatureElementSubtraction const*>(&product) != nullptr;
-    }
-
-    void Add(IfcProduct const& product) {
-        ++report_.products;
-        if (IsOpening(product) && !takesOpenings_) {
-            ++report_.openings;
-            return;
-        }
-        auto const body = CollectBody(product, placements_);
-        for (auto const& identifier : body.otherRepresentations) ++report_.representations[identifier];
-        if (!body.hasRepresentation) {
-            ++report_.withoutBody[product.className()];
-            return;
-        }
-        auto const world = placements_.GetWorld(product.m_ObjectPlacement.get());
-        auto const entity = AddEntity(product, world);
-        histories_.Link(entity, product.m_OwnerHistory.get());
-        for (auto const& property : properties_.Read(product)) {
-            builder_.GetPropertyWriter().AddProperty(entity, property);
-            ++report_.properties;
-        }
-        AddBody(entity, product, body, world);
-    }
-
-    Quorlan::EntityIndex_t AddEntity(IfcProduct const& product, Matrix4 const& world) {
-        auto const guidText = ToUtf8(product.m_GlobalId);
-        auto const name = product.m_Name ? product.m_Name->m_value : std::wstring();
-        auto const placement = Quorlan::AffineTransform::FromMatrix(world);
-        auto& writer = builder_.GetEntityWriter();
-        ++report_.entities;
-        if (++guidCounts_[guidText] == 2) report_.duplicateGuids.push_back(guidText);
-        _GUID guid{};
-        if (Quorlan::Tools::IfcGuidToGuid(guidText, guid)) return writer.AddEntity(guid, name, placement);
-        report_.invalidGuids.push_back(guidText);
-        return writer.AddEntityWithIdentifierText(guidText, name, placement);
-    }
-
-    void AddBody(Quorlan::EntityIndex_t entity, IfcProduct const& product, Body const& body, Matrix4 const& world) {
-        auto const isSpace = dynamic_cast<IfcSpace const*>(&product) || dynamic_cast<IfcSpatialZone const*>(&product);
-        if (isSpace) ++report_.spaces;
-        auto const written = report_.instances;
-        auto const missed = bodies_.Write(entity, body, CollectOpenings(product, world), FindMaterialStyle(product),
-                                          isSpace              ? "IfcSpace"
-                                          : IsOpening(product) ? "IfcOpeningElement"
-                                                               : "");
-        auto const guid = ToUtf8(product.m_GlobalId);
-        if (missed > 0) report_.missedCuts.push_back(guid + ": " + std::to_string(missed));
-        if (report_.instances == written) report_.productsWithoutShape.push_back(guid);
-    }
-
-    /// The openings of a product and of the wholes that it is a part of, in the frame of the product.
-    std::vector<PlacedItem> CollectOpenings(IfcProduct const& product, Matrix4 const& world) {
-        std::vector<PlacedItem> openings;
-        std::set<IfcObjectDefinition const*> met;
-        auto const toProduct = InverseOfRigid(world);
-        for (auto const* at = dynamic_cast<IfcObjectDefinition const*>(&product); at && met.insert(at).second;) {
-            auto const* element = dynamic_cast<IfcElement const*>(at);
-            if (!element) break;
-            for (auto const& weak : element->m_HasOpenings_inverse) {
-                auto const relation = weak.lock();
-                if (relation && relation->m_RelatedOpeningElement) {
-                    AddOpening(openings, *relation->m_RelatedOpeningElement, toProduct);
-                }
-            }
-            at = FindWhole(*at);
-        }
-        return openings;
-    }
-
-    static IfcObjectDefinition const* FindWhole(IfcObjectDefinition const& part) {
-        for (auto const& weak : part.m_Decomposes_inverse) {
-            auto const relation = weak.lock();
-            if (relation) return relation->m_RelatingObject.get();
-        }
-        return nullptr;
-    }
-
-    void AddOpening(std::vector<PlacedItem>& openings, IfcProduct const& opening, Matrix4 const& toProduct) {
-        auto const placement = toProduct * placements_.GetWorld(opening.m_ObjectPlacement.get());
-        for (auto& item : CollectBody(opening, placements_).items) {
-            openings.push_back({item.placed.item, placement * item.placed.placement});
-        }
-    }
-
-    std::shared_ptr<BuildingModel> model_;
-    bool takesOpenings_;
-    bool writesRecord_;
-    ImportReport& report_;
-    Quorlan::ModelBuilder builder_;
-    PlacementReader placements_;
-    PropertyReader properties_;
-    IfcGeometry geometry_;
-    OwnerHistories histories_;
-    BodyWriter bodies_;
-    std::unordered_map<std::string, std::size_t> guidCounts_;
-};
-
-ImportResult Failed(std::string error) {
-    ImportResult result;
-    result.error = std::move(error);
-    return result;
+void NoteRepairs(ImportReport& report, RepairedText const& text) {
+    report.schema = text.schema;
+    report.isCutOff = text.isCutOff;
+    report.curvesRewritten = text.curvesRewritten;
+    report.typedNulls = text.typedNulls;
+    report.missingReferences = text.faults.missing;
+    report.circularReferences = text.faults.circles.size();
+    report.absurdNumbers = text.absurdNumbers;
+    if (text.curvesKept > 0) report.unreadItems["IfcIndexedPolyCurve"] = text.curvesKept;
 }
 
 }  // namespace
 
-ImportResult ImportIfc(std::string_view text, ImportOptions const& options) {
+std::string AddIfc(ModelParts& parts, std::string_view file, ImportOptions const& options, ImportReport& report) {
+    auto const text = WithoutMark(file);
     auto const problem = CheckText(text);
-    if (problem != TextProblem::kNone) return Failed(Describe(problem));
+    if (problem != TextProblem::kNone) return Describe(problem);
 
     SilentStreams const silence;
     auto const start = Clock::now();
+    if (options.progress) options.progress("reading", 0, 1);
     MessageLog log;
-    auto repaired = RepairText(text, options.verticesPerCircle);
+    auto repaired = RepairText(text, Chords(options.deflection));
     auto const model = ReadIfc(repaired.text, log);
     repaired.text = {};
-    if (!model) return Failed("no IFC project can be read from this file");
-
-    ImportResult result;
-    auto& report = result.report;
-    report.schema = repaired.schema;
-    report.curvesRewritten = repaired.curvesRewritten;
-    if (repaired.curvesKept > 0) report.unreadItems["IfcIndexedPolyCurve"] = repaired.curvesKept;
-    CountUnknownClasses(report, repaired, *model);
+    NoteRepairs(report, repaired);
+    if (!model) {
+        return repaired.isCutOff ? "the file is cut off before its project"
+                                 : "no IFC project can be read from this file";
+    }
+    auto const units = ReadUnits(*model->getIfcProject());
+    report.lacksUnit = !units.hasLength;
+    NoteUnknownClasses(report, text, repaired, *model);
     report.secondsRead = SecondsSince(start);
 
     auto const shapeStart = Clock::now();
-    try {
-        result.model = Importer(model, ReadUnits(*model->getIfcProject()), options, report, log).Run(options.progress);
-    } catch (std::bad_array_new_length const&) {
-        return Failed("the model is too large: a model buffer holds less than 2 GiB");
-    }
+    IfcProducts(model, units, text, repaired, options, parts, report, log).WriteAll();
     CutCycles(*model);
-    report.messages = log.GetCounts();
+    NoteMessages(report, log);
     report.secondsShape = SecondsSince(shapeStart);
+    return {};
+}
+
+ImportResult ImportIfc(std::string_view text, ImportOptions const& options) {
+    ImportResult result;
+    ModelParts parts;
+    parts.BeginFile(result.report);
+    result.error = AddIfc(parts, text, options, result.report);
+    if (!result.error.empty()) return result;
+    try {
+        result.model = parts.Create();
+    } catch (std::bad_array_new_length const&) {
+        result.error = kTooLarge;
+    }
     return result;
 }
 

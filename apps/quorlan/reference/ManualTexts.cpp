@@ -30,8 +30,10 @@ normals, with texture coordinates and textures, lines and arcs, two-sided glass,
 and entities of every kind of identifier. The same arguments give the same bytes; whatever two seeds have in common
 keeps its GUID.)"},
     {"import", R"(Every product with a body becomes an entity with its placement, owner history and properties; openings
-are cut, spaces stand on the layer `IfcSpace`. [import.md](import.md) says what becomes of what, and how well it agrees
-with another engine.)"},
+are cut, spaces stand on the layer `IfcSpace`. Every node of a mesh file that has meshes becomes an entity. Several files
+become one model, their entities side by side, shapes that they have in common written once. What is missing or wrong is
+counted as warnings on stderr and named by `--report`; the rest comes in. [import.md](import.md) says what becomes of
+what, and how well it agrees with another engine.)"},
     {"info", R"(Counts of everything, the kinds of entities and shapes, the change actions of the owner histories,
 instances by layer, the world bounds, and the bytes of each table of the buffer. Of a model that `import` wrote also how
 many shapes were read and how many kept, as copies of one another are stored once, and the farthest that this moved a

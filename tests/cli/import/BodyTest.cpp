@@ -1,8 +1,10 @@
 #include <gmock/gmock.h>
 
+#include <algorithm>
+
 #include "ImportedModel.h"
-#include "Shape.h"
 #include "SmallIfc.h"
+#include "shape/Shape.h"
 
 /// Shapes, openings, maps, materials and layers of imported bodies.
 namespace Quorlan::Testing {
@@ -95,7 +97,7 @@ TEST(ImportedBody, OpeningsAreCutAndAreNoEntities) {
     ImportedModel const model(ifc.GetText());
     EXPECT_EQ(model.GetReader().GetEntities().GetCount(), 1u);
     EXPECT_EQ(model.GetReport().openings, 1u);
-    EXPECT_TRUE(model.GetReport().missedCuts.empty());
+    EXPECT_TRUE(model.GetReport().wrongCuts.empty());
     EXPECT_NEAR(GetVolume(model.GetShape(0)), 4 * 0.2 * 2.5 - 1 * 0.2 * 1, 1e-5);
 }
 
@@ -108,7 +110,7 @@ TEST(ImportedBody, AnOpeningBesideTheBodyLeavesItsPolygons) {
     ifc.AddRelation("IFCRELVOIDSELEMENT", wall + "," + opening);
     ImportedModel const model(ifc.GetText());
     EXPECT_THAT(model.GetShape(0).faces, SizeIs(6));
-    EXPECT_TRUE(model.GetReport().missedCuts.empty());
+    EXPECT_TRUE(model.GetReport().wrongCuts.empty());
 }
 
 TEST(ImportedBody, TwoUsesOfAMapAreTwoInstancesOfOneDefinition) {
@@ -226,7 +228,7 @@ TEST(ImportedBody, AnItemThatGivesNoShapeIsNamedAndItsEntityKept) {
     ImportedModel const model(ifc.GetText());
     EXPECT_EQ(model.GetReader().GetEntities().GetCount(), 1u);
     EXPECT_THAT(model.GetReport().unreadItems, ElementsAre(Pair("IfcPolyline", 1u)));
-    EXPECT_THAT(model.GetReport().productsWithoutShape, ElementsAre(SmallIfc::Guid(7)));
+    EXPECT_THAT(model.GetReport().productsWithoutShape, ElementsAre(SmallIfc::Guid(7) + " IfcWall"));
 }
 
 TEST(ImportedBody, AMapThatContainsItselfEnds) {
@@ -270,6 +272,95 @@ TEST(ImportedBody, APolygonalFaceSetCanBeClipped) {
     ImportedModel const model(ifc.GetText());
     EXPECT_NEAR(GetVolume(model.GetShape(0)), 2 * 2 * 1.5, 1e-5);
     EXPECT_THAT(model.GetShape(0).faces, SizeIs(6));
+}
+
+TEST(ImportedBody, NationalGridCoordinatesKeepTheMillimetre) {
+    // The site stands at 3,482,105.123 / 5,381,742.456; walls one millimetre apart stay so, in the entity's placement
+    // as in coordinates that the file has in its shapes.
+    SmallIfc ifc("IFC4", "$");
+    auto const site = ifc.AddPlacement(3482105.123, 5381742.456, 512.789);
+    ifc.AddWall(1, ifc.AddShape(ifc.AddBox(4, 0.2, 2.5)), ifc.AddPlacement(0.001, 0.002, 0, site));
+    ifc.AddWall(2, ifc.AddShape(ifc.AddBox(4, 0.2, 2.5, 3482105.124, 5381742.456, 512.789)), "$");
+    ImportedModel const model(ifc.GetText());
+    auto const corner = [&](std::uint32_t i) {
+        auto const world = model.GetEntity(i).placement.matrix * model.GetPlacement(i).matrix;
+        auto const shape = model.GetShape(i);
+        Vertex least{1e30, 1e30, 1e30};
+        for (auto const& v : shape.vertices) {
+            auto const p = TransformPoint(world, v);
+            least = {std::min(least.x, p.x), std::min(least.y, p.y), std::min(least.z, p.z)};
+        }
+        return least;
+    };
+    EXPECT_NEAR(corner(0).x, 3482103.124, 1e-4);
+    EXPECT_NEAR(corner(0).y, 5381742.358, 1e-4);
+    EXPECT_NEAR(corner(1).x, 3482103.124, 1e-4);
+    EXPECT_NEAR(corner(1).y, 5381742.356, 1e-4);
+    EXPECT_NEAR(corner(1).z, 512.789, 1e-4);
+}
+
+TEST(ImportedBody, AShapeBeyondTheVertexLimitIsSplitAndLosesNothing) {
+    // A sheet of 260 x 260 squares has 68,121 vertices.
+    constexpr int kSide = 260;
+    SmallIfc ifc("IFC4", "$");
+    std::string points;
+    for (int y = 0; y <= kSide; ++y) {
+        for (int x = 0; x <= kSide; ++x) {
+            points += (points.empty() ? "(" : ",(") + std::to_string(x) + ".," + std::to_string(y) + "." +
+                      ((x + y) % 2 == 0 ? ",0.)" : ",1.)");
+        }
+    }
+    std::string triangles;
+    auto const add = [&](int a, int b, int c) {
+        triangles += (triangles.empty() ? "(" : ",(") + std::to_string(a) + ',' + std::to_string(b) + ',' +
+                     std::to_string(c) + ')';
+    };
+    for (int y = 0; y < kSide; ++y) {
+        for (int x = 0; x < kSide; ++x) {
+            auto const a = y * (kSide + 1) + x + 1;
+            add(a, a + 1, a + kSide + 1);
+            add(a + 1, a + kSide + 2, a + kSide + 1);
+        }
+    }
+    auto const list = ifc.Add("IFCCARTESIANPOINTLIST3D((" + points + "))");
+    ifc.AddWall(1, ifc.AddShape(ifc.Add("IFCTRIANGULATEDFACESET(" + list + ",$,.F.,(" + triangles + "),$)")), "$");
+    ImportedModel const model(ifc.GetText());
+    EXPECT_EQ(model.GetReport().splitShapes, 1u);
+    ASSERT_EQ(model.GetGeometry().GetInstanceCount(), 2u);
+    EXPECT_EQ(model.GetShape(0).faces.size() + model.GetShape(1).faces.size(), std::size_t{2} * kSide * kSide);
+    EXPECT_LE(model.GetShape(0).vertices.size(), 65536u);
+}
+
+TEST(ImportedBody, ASweptDiskAndARevolvedSolidAreClosed) {
+    SmallIfc ifc("IFC4", "$");
+    auto const line = ifc.Add("IFCPOLYLINE((" + ifc.AddPoint(0, 0, 0) + "," + ifc.AddPoint(2, 0, 0) + "))");
+    ifc.AddWall(1, ifc.AddShape(ifc.Add("IFCSWEPTDISKSOLID(" + line + ",0.1,$,$,$)")), "$");
+    auto const place = ifc.Add("IFCAXIS2PLACEMENT2D(" + ifc.Add("IFCCARTESIANPOINT((2.,0.))") + ",$)");
+    auto const profile = ifc.Add("IFCRECTANGLEPROFILEDEF(.AREA.,$," + place + ",1.,1.)");
+    auto const axis =
+        ifc.Add("IFCAXIS1PLACEMENT(" + ifc.AddPoint(0, 0, 0) + "," + ifc.Add("IFCDIRECTION((0.,1.,0.))") + ")");
+    ifc.AddWall(2, ifc.AddShape(ifc.Add("IFCREVOLVEDAREASOLID(" + profile + ",$," + axis + ",3.14159265358979)")), "$");
+    ImportedModel const model(ifc.GetText());
+    ASSERT_EQ(model.GetGeometry().GetInstanceCount(), 2u);
+    EXPECT_EQ(model.GetReport().solids, 2u);
+    EXPECT_TRUE(model.GetReport().openSolids.empty());
+    EXPECT_NEAR(GetVolume(model.GetShape(0)), 3.14159 * 0.01 * 2, 0.012 * 0.0628);
+    // Pappus: area times the way of its centre, half a turn at radius 2.
+    EXPECT_NEAR(GetVolume(model.GetShape(1)), 3.14159 * 2, 0.01 * 6.28);
+}
+
+TEST(ImportedBody, ADeflectionMakesCirclesRounder) {
+    SmallIfc ifc("IFC4", "$");
+    auto const profile = ifc.Add("IFCCIRCLEPROFILEDEF(.AREA.,$,$,1.)");
+    auto const up = ifc.Add("IFCDIRECTION((0.,0.,1.))");
+    ifc.AddWall(1, ifc.AddShape(ifc.Add("IFCEXTRUDEDAREASOLID(" + profile + ",$," + up + ",1.)")), "$");
+    auto const countSides = [&](double deflection) {
+        QuorlanProgram::Import::ImportOptions options;
+        options.deflection = deflection;
+        return ImportedModel(ifc.GetText(), options).GetShape(0).faces.size() - 2;
+    };
+    EXPECT_EQ(countSides(1), 24u);
+    EXPECT_EQ(countSides(0.001), 72u);
 }
 
 }  // namespace

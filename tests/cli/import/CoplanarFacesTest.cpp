@@ -1,4 +1,4 @@
-#include "CoplanarFaces.h"
+#include "shape/CoplanarFaces.h"
 
 #include <gmock/gmock.h>
 

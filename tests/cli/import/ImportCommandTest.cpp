@@ -114,16 +114,89 @@ TEST_F(ImportCommand, ReportsAsTextAndAsJson) {
     EXPECT_THAT(out_, HasSubstr("products: 1, imported 1\n"));
     EXPECT_EQ(Import(input, "--report json"), 0);
     EXPECT_EQ(nlohmann::json::parse(out_)["entities"], 1);
+    EXPECT_EQ(Import(input, "--report md"), 0);
+    EXPECT_THAT(out_, HasSubstr("| products | 1, imported 1 |\n"));
     EXPECT_EQ(Import(input, "--report xml"), 2);
+}
+
+TEST_F(ImportCommand, TakesCurvesAndADeflectionAndRefusesWhatIsNone) {
+    auto const input = Write("wall.ifc", MakeWall());
+    EXPECT_EQ(Import(input, "--with axis,annotation --deflection 0.01"), 0);
+    EXPECT_EQ(Import(input, "--with axis --with footprint --keep-triangles --openings"), 0);
+    EXPECT_EQ(Import(input, "--with lines"), 2);
+    EXPECT_EQ(Import(input, "--deflection 0"), 2);
+    EXPECT_EQ(Import(input, "--unit furlong"), 2);
+}
+
+TEST_F(ImportCommand, ReadsMeshesBesideBuildings) {
+    auto const wall = Write("wall.ifc", MakeWall());
+    auto const mesh = Write("sheet.obj", "o sheet\nv 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n");
+    auto const code = Run("'" + wall.string() + "' '" + mesh.string() + "' --guid-seed site --report json -o '" +
+                          (folder_ / "site.qln").string() + "'");
+    if (error_.find("built without") != std::string::npos) GTEST_SKIP() << error_;
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(nlohmann::json::parse(out_)["entities"], 2);
 }
 
 TEST_F(ImportCommand, RefusesAnEmptyFile) { ExpectRefused(Write("empty.ifc", ""), "empty"); }
 
 TEST_F(ImportCommand, RefusesWhatIsNoIfc) { ExpectRefused(Write("text.ifc", "Dear reader"), "no IFC file"); }
 
-TEST_F(ImportCommand, RefusesAFileThatIsCutOff) {
+TEST_F(ImportCommand, ReadsAFileThatIsCutOffAsFarAsItGoesWithAWarning) {
     auto const text = MakeWall();
-    ExpectRefused(Write("cut.ifc", text.substr(0, text.size() - 40)), "cut off");
+    auto const input = Write("cut.ifc", text.substr(0, text.size() - 40));
+    EXPECT_EQ(Import(input), 0);
+    EXPECT_EQ(error_, "quorlan: " + input.string() + ": 1 warning (--report names them)\n");
+    EXPECT_TRUE(fs::exists(folder_ / "model.qln"));
+}
+
+TEST_F(ImportCommand, StrictMakesWarningsExitWithOneAndWritesTheModel) {
+    auto const text = MakeWall();
+    EXPECT_EQ(Import(Write("wall.ifc", text), "--strict"), 0);
+    EXPECT_EQ(Import(Write("cut.ifc", text.substr(0, text.size() - 40)), "--strict"), 1);
+    EXPECT_THAT(error_, HasSubstr("1 warning"));
+    EXPECT_TRUE(fs::exists(folder_ / "model.qln"));
+}
+
+TEST_F(ImportCommand, RefusesAFileThatIsCutOffBeforeItsProject) {
+    auto const text = MakeWall();
+    ExpectRefused(Write("cut.ifc", text.substr(0, text.find("IFCPROJECT("))), "cut off");
+}
+
+TEST_F(ImportCommand, SeveralFilesBecomeOneModelWithSharedShapes) {
+    auto const a = Write("a.ifc", MakeWall());
+    auto const b = Write("b.ifc", MakeWall());
+    EXPECT_EQ(
+        Run("'" + a.string() + "' '" + b.string() + "' -o '" + (folder_ / "site.qln").string() + "' --report json"), 0);
+    auto const report = nlohmann::json::parse(out_);
+    EXPECT_EQ(report["entities"], 2);
+    EXPECT_EQ(report["instances"], 2);
+    EXPECT_EQ(report["definitions"], 1);
+    EXPECT_EQ(report["shapesOfEarlierFiles"], 1);
+    EXPECT_EQ(report["files"].size(), 2u);
+    EXPECT_EQ(report["files"][1]["duplicateGuids"], nlohmann::json::array({SmallIfc::Guid(7)}));
+    EXPECT_EQ(report["files"][0]["duplicateGuids"].size(), 0u);
+    EXPECT_EQ(error_, "quorlan: " + b.string() + ": 1 warning (--report names them)\n");
+}
+
+TEST_F(ImportCommand, OneOfSeveralFilesThatIsRefusedLeavesNoOutput) {
+    auto const a = Write("a.ifc", MakeWall());
+    auto const b = Write("b.ifc", "Dear reader");
+    EXPECT_EQ(Run("'" + a.string() + "' '" + b.string() + "' -o '" + (folder_ / "site.qln").string() + "'"), 1);
+    EXPECT_THAT(error_, HasSubstr("b.ifc: this is no IFC file"));
+    EXPECT_FALSE(fs::exists(folder_ / "site.qln"));
+}
+
+TEST_F(ImportCommand, ShowsStageAndCountOnATerminal) {
+    auto const input = Write("wall.ifc", MakeWall());
+    auto const call =
+        std::string(QUORLAN_PROGRAM) + " import " + input.string() + " -o " + (folder_ / "model.qln").string();
+    auto const command = "script -qec '" + call + "' /dev/null >" + (folder_ / "seen").string();
+    if (std::system("command -v script >/dev/null") != 0) GTEST_SKIP() << "no script(1)";
+    ASSERT_EQ(std::system(command.c_str()), 0);
+    auto const seen = ReadAll(folder_ / "seen");
+    EXPECT_THAT(seen, HasSubstr("shapes 0/1"));
+    EXPECT_THAT(seen, HasSubstr("reading"));
 }
 
 TEST_F(ImportCommand, RefusesAFileWithoutAProject) {

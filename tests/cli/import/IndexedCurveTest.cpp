@@ -1,4 +1,4 @@
-#include "IndexedCurve.h"
+#include "step/IndexedCurve.h"
 
 #include <gmock/gmock.h>
 
@@ -10,6 +10,8 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
+Chords const kChords(0.009);  // 24 of them for a circle of radius 1
+
 std::vector<CurvePoint> const kSquare{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
 
 TEST(IndexedCurve, ReadsPlaneAndSpatialPoints) {
@@ -19,17 +21,17 @@ TEST(IndexedCurve, ReadsPlaneAndSpatialPoints) {
     EXPECT_THAT(ReadPointList("((0.))"), IsEmpty());
 }
 
-TEST(IndexedCurve, WithoutSegmentsJoinsAllPoints) { EXPECT_EQ(ExpandIndexedCurve(kSquare, "$", 24), kSquare); }
+TEST(IndexedCurve, WithoutSegmentsJoinsAllPoints) { EXPECT_EQ(ExpandIndexedCurve(kSquare, "$", kChords), kSquare); }
 
 TEST(IndexedCurve, LinesShareTheirEnds) {
     auto const curve =
-        ExpandIndexedCurve(kSquare, "(IFCLINEINDEX((1,2,3)),IFCLINEINDEX((3,4)),IFCLINEINDEX((4,1)))", 24);
+        ExpandIndexedCurve(kSquare, "(IFCLINEINDEX((1,2,3)),IFCLINEINDEX((3,4)),IFCLINEINDEX((4,1)))", kChords);
     EXPECT_THAT(curve, ElementsAre(kSquare[0], kSquare[1], kSquare[2], kSquare[3], kSquare[0]));
 }
 
 TEST(IndexedCurve, AnArcKeepsItsRadiusAndItsThreePoints) {
     std::vector<CurvePoint> const points{{2, 1, 5}, {1, 2, 5}, {0, 1, 5}};  // half a circle round (1, 1), radius 1
-    auto const curve = ExpandIndexedCurve(points, "(IFCARCINDEX((1,2,3)))", 24);
+    auto const curve = ExpandIndexedCurve(points, "(IFCARCINDEX((1,2,3)))", kChords);
     ASSERT_EQ(curve.size(), 13u);
     EXPECT_EQ(curve.front(), points[0]);
     EXPECT_EQ(curve.back(), points[2]);
@@ -44,7 +46,7 @@ TEST(IndexedCurve, AnArcKeepsItsRadiusAndItsThreePoints) {
 TEST(IndexedCurve, AnArcRunsOverItsMiddleEvenTheLongWay) {
     auto const countSteps = [](CurvePoint const& middle) {
         std::vector<CurvePoint> curve;
-        AppendArc(curve, {1, 0, 0}, middle, {0, 1, 0}, 24);
+        AppendArc(curve, {1, 0, 0}, middle, {0, 1, 0}, kChords);
         return curve.size();
     };
     EXPECT_EQ(countSteps({std::sqrt(0.5), std::sqrt(0.5), 0}), 6u);
@@ -54,16 +56,16 @@ TEST(IndexedCurve, AnArcRunsOverItsMiddleEvenTheLongWay) {
 
 TEST(IndexedCurve, AnArcThroughPointsOnALineIsALine) {
     std::vector<CurvePoint> curve;
-    AppendArc(curve, {0, 0, 0}, {1, 0, 0}, {2, 0, 0}, 24);
+    AppendArc(curve, {0, 0, 0}, {1, 0, 0}, {2, 0, 0}, kChords);
     EXPECT_THAT(curve, ElementsAre(CurvePoint{2, 0, 0}));
 }
 
 TEST(IndexedCurve, WhatIsNotUnderstoodGivesNoPoints) {
-    EXPECT_THAT(ExpandIndexedCurve(kSquare, "(IFCLINEINDEX((1,5)))", 24), IsEmpty());
-    EXPECT_THAT(ExpandIndexedCurve(kSquare, "(IFCLINEINDEX((0,1)))", 24), IsEmpty());
-    EXPECT_THAT(ExpandIndexedCurve(kSquare, "(IFCARCINDEX((1,2)))", 24), IsEmpty());
-    EXPECT_THAT(ExpandIndexedCurve(kSquare, "(IFCLINEINDEX(1,2))", 24), IsEmpty());
-    EXPECT_THAT(ExpandIndexedCurve(kSquare, "nonsense", 24), IsEmpty());
+    EXPECT_THAT(ExpandIndexedCurve(kSquare, "(IFCLINEINDEX((1,5)))", kChords), IsEmpty());
+    EXPECT_THAT(ExpandIndexedCurve(kSquare, "(IFCLINEINDEX((0,1)))", kChords), IsEmpty());
+    EXPECT_THAT(ExpandIndexedCurve(kSquare, "(IFCARCINDEX((1,2)))", kChords), IsEmpty());
+    EXPECT_THAT(ExpandIndexedCurve(kSquare, "(IFCLINEINDEX(1,2))", kChords), IsEmpty());
+    EXPECT_THAT(ExpandIndexedCurve(kSquare, "nonsense", kChords), IsEmpty());
 }
 
 }  // namespace

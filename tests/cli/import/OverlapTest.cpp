@@ -1,4 +1,4 @@
-#include "Overlap.h"
+#include "shape/Overlap.h"
 
 #include <gtest/gtest.h>
 

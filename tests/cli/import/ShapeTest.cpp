@@ -1,11 +1,15 @@
-#include "Shape.h"
+#include "shape/Shape.h"
 
 #include <gmock/gmock.h>
+
+#include <algorithm>
 
 #include <cmath>
 #include <limits>
 #include <set>
 
+#include "shape/Gaps.h"
+#include "shape/NestedLoops.h"
 #include "support/Shapes.h"
 
 namespace QuorlanProgram::Import {
@@ -145,6 +149,79 @@ TEST(Shape, SplittingKeepsEveryFaceOnceWithinTheLimit) {
 TEST(Shape, ASmallShapeIsNotSplit) { EXPECT_THAT(SplitShape(MakeUnitCube(), 8), SizeIs(1)); }
 
 TEST(Shape, AFaceBeyondTheLimitIsLeftOut) { EXPECT_THAT(SplitShape(MakeUnitCube(), 3), SizeIs(0)); }
+
+Loop MakeSquare(double half, bool isReversed) {
+    Loop loop{{-half, -half, 0}, {half, -half, 0}, {half, half, 0}, {-half, half, 0}};
+    if (isReversed) std::reverse(loop.begin(), loop.end());
+    return loop;
+}
+
+TEST(NestedLoops, ALoopWithinAHoleIsAFaceOfItsOwn) {
+    auto const faces =
+        SplitNestedLoops({MakeSquare(1, true), MakeSquare(4, false), MakeSquare(2, false), MakeSquare(3, true)});
+    ASSERT_EQ(faces.size(), 2u);
+    EXPECT_EQ(faces[0].outer[0].x, -4);
+    ASSERT_EQ(faces[0].holes.size(), 1u);
+    EXPECT_EQ(faces[1].holes.size(), 1u);
+    EXPECT_EQ(GetAreaVector(faces[1].outer).z, 32);
+}
+
+TEST(NestedLoops, LoopsBesideEachOtherAreFacesAndShortOnesNone) {
+    auto second = MakeSquare(1, false);
+    for (auto& p : second) p.x += 5;
+    EXPECT_EQ(SplitNestedLoops({MakeSquare(1, false), second, {{0, 0, 0}, {1, 0, 0}}}).size(), 2u);
+    EXPECT_TRUE(SplitNestedLoops({}).empty());
+}
+
+TEST(Shape, BodiesThatTouchAlongAnEdgeAreClosed) {
+    Loop const base{{0, 0, 0}, {1, 0, 0}, {1, 1, 0}, {0, 1, 0}};
+    ShapeBuilder builder;
+    for (auto const& offset : {Vertex{0, 0, 0}, Vertex{1, 1, 0}}) {
+        auto box = Extrude({base}, {0, 0, 1});
+        for (auto& v : box.vertices) v = v + offset;
+        for (auto const& face : box.faces) {
+            Loop loop;
+            for (auto const index : face) loop.push_back(box.vertices[index]);
+            builder.AddFace(loop);
+        }
+    }
+    auto const both = builder.Take();
+    EXPECT_EQ(both.vertices.size(), 14u);
+    EXPECT_TRUE(IsClosed(both));
+}
+
+TEST(Gaps, APlaneFaceThatIsLackingIsAdded) {
+    auto box = MakeBox({0, 0, 0}, {1, 2, 3});
+    auto const face = box.faces.back();
+    box.faces.pop_back();
+    EXPECT_EQ(CloseGaps(box), 1u);
+    EXPECT_TRUE(IsClosed(box));
+    EXPECT_NEAR(GetVolume(box), 6, 1e-12);
+    EXPECT_EQ(box.faces.back().size(), face.size());
+}
+
+TEST(Gaps, TwoGapsAreTwoFaces) {
+    auto box = MakeBox({0, 0, 0}, {1, 2, 3});
+    box.faces.erase(box.faces.begin(), box.faces.begin() + 2);  // the bottom and the top
+    EXPECT_EQ(CloseGaps(box), 2u);
+    EXPECT_TRUE(IsClosed(box));
+    EXPECT_NEAR(GetVolume(box), 6, 1e-12);
+}
+
+TEST(Gaps, AGapThatIsNotPlaneStays) {
+    auto box = MakeBox({0, 0, 0}, {1, 2, 3});
+    box.faces.erase(box.faces.begin() + 2);  // two sides that meet in an edge leave a border that turns round it
+    box.faces.erase(box.faces.begin());
+    EXPECT_EQ(CloseGaps(box), 0u);
+    EXPECT_EQ(box.faces.size(), 4u);
+}
+
+TEST(Gaps, AClosedShapeAndAnEmptyOneHaveNone) {
+    auto box = MakeBox({0, 0, 0}, {1, 2, 3});
+    EXPECT_EQ(CloseGaps(box), 0u);
+    FacetedBRep empty;
+    EXPECT_EQ(CloseGaps(empty), 0u);
+}
 
 }  // namespace
 }  // namespace QuorlanProgram::Import

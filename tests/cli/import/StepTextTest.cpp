@@ -1,4 +1,4 @@
-#include "StepText.h"
+#include "step/StepText.h"
 
 #include <gmock/gmock.h>
 

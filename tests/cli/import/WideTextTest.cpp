@@ -1,4 +1,4 @@
-#include "WideText.h"
+#include "step/WideText.h"
 
 #include <gtest/gtest.h>
 

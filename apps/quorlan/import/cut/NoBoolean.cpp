@@ -1,0 +1,9 @@
+#include "cut/Boolean.h"
+
+namespace QuorlanProgram::Import {
+
+std::optional<FacetedBRep> CombineInKernel(FacetedBRep const&, FacetedBRep const&, BooleanOperation) {
+    return std::nullopt;
+}
+
+}  // namespace QuorlanProgram::Import
