@@ -223,7 +223,7 @@ struct IfcGeometry::Kernel {
 
 IfcGeometry::IfcGeometry(std::shared_ptr<BuildingModel> const& model, double metresPerUnit, ShapeOptions const& options,
                          MessageLog& log)
-    : kernel_(std::make_unique<Kernel>(model)), metresPerUnit_(metresPerUnit), options_(options) {
+    : kernel_(std::make_unique<Kernel>(model)), metresPerUnit_(metresPerUnit) {
     kernel_->log = &log;
     kernel_->chords = options.chords;
     kernel_->metresPerUnit = metresPerUnit;

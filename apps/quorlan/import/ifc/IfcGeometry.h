@@ -65,7 +65,6 @@ private:
     struct Kernel;
     std::unique_ptr<Kernel> kernel_;
     double metresPerUnit_;
-    ShapeOptions options_;
 };
 
 }  // namespace QuorlanProgram::Import

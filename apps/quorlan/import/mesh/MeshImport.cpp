@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <assimp/Importer.hpp>
 #include <chrono>
+#include <cmath>
 #include <map>
 #include <optional>
 
