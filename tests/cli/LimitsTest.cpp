@@ -1,4 +1,5 @@
 #include "cli/Program.h"
+#include "support/Sanitizers.h"
 
 #include <csignal>
 #include <cstring>
@@ -11,12 +12,7 @@ namespace Quorlan::Testing {
 namespace {
 
 namespace fs = std::filesystem;
-
-#if defined(__SANITIZE_ADDRESS__)
-constexpr bool kHasSanitizer = true;  // it reserves more address space than any limit leaves
-#else
-constexpr bool kHasSanitizer = false;
-#endif
+using TestSupport::kHasSanitizer;
 
 constexpr char kLittleMemory[] = "ulimit -v 400000";  ///< [KiB] four times what the program takes to start
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "ImportedModel.h"
+#include "support/Sanitizers.h"
 #include "support/TestData.h"
 
 /// Imports real models and holds them against the tables of an independent engine. What is expected to differ, and why,
@@ -112,6 +113,7 @@ TEST_P(ImportReference, EverySolidIsClosedAndEveryCutIsRightButThoseThatAreKnown
 }
 
 TEST_P(ImportReference, TheSameFileGivesTheSameBytes) {
+    if (TestSupport::kHasSanitizer) GTEST_SKIP() << "under a sanitizer memory does not stand at the same addresses";
     auto const data = TestSupport::FindTestData();
     if (!data) GTEST_SKIP() << TestSupport::kNoTestData;
     auto const& expected = GetParam();
