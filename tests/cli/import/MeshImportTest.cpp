@@ -162,18 +162,21 @@ TEST_F(MeshImport, APlyKeepsItsPolygons) {
     EXPECT_THAT(GetShape(model, 0).faces, ElementsAre(SizeIs(4)));
 }
 
+/// A glTF file of one triangle (0,0,0) (1,0,0) (0,1,0) in given nodes, below the scene's root 0.
+std::string MakeGltf(std::string const& nodes, std::string const& color) {
+    return R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],"nodes":[)" + nodes +
+           R"(],"meshes":[{"primitives":[{"attributes":{"POSITION":0},"material":0}]}],)"
+           R"("materials":[{"name":"m","doubleSided":true,"pbrMetallicRoughness":{"baseColorFactor":)" +
+           color +
+           R"(}}],"accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3","min":[0,0,0],)"
+           R"("max":[1,1,0]}],"bufferViews":[{"buffer":0,"byteLength":36}],)"
+           R"("buffers":[{"byteLength":36,"uri":"data:application/octet-stream;base64,)"
+           R"(AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA"}]})";
+}
+
 TEST_F(MeshImport, AGltfIsTurnedSoThatZIsUpAndItsNodesArePlaced) {
-    // One triangle (0,0,0) (1,0,0) (0,1,0) in a node that is moved by (1, 2, 3).
-    auto const& model = Import(Write(
-        "one.gltf",
-        R"({"asset":{"version":"2.0"},"scene":0,"scenes":[{"nodes":[0]}],)"
-        R"("nodes":[{"name":"tri","mesh":0,"translation":[1,2,3]}],)"
-        R"("meshes":[{"primitives":[{"attributes":{"POSITION":0},"material":0}]}],)"
-        R"("materials":[{"name":"m","doubleSided":true,"pbrMetallicRoughness":{"baseColorFactor":[1,0,0,1]}}],)"
-        R"("accessors":[{"bufferView":0,"componentType":5126,"count":3,"type":"VEC3","min":[0,0,0],"max":[1,1,0]}],)"
-        R"("bufferViews":[{"buffer":0,"byteLength":36}],)"
-        R"("buffers":[{"byteLength":36,"uri":"data:application/octet-stream;base64,)"
-        R"(AAAAAAAAAAAAAAAAAACAPwAAAAAAAAAAAAAAAAAAgD8AAAAA"}]})"));
+    auto const& model =
+        Import(Write("one.gltf", MakeGltf(R"({"name":"tri","mesh":0,"translation":[1,2,3]})", "[1,0,0.2140411,0.5]")));
     EntityIdentifier identifier;
     model.GetEntities().GetIdentifier(identifier, 0);
     EXPECT_DOUBLE_EQ(identifier.placement.offset.x, 1);
@@ -183,8 +186,43 @@ TEST_F(MeshImport, AGltfIsTurnedSoThatZIsUpAndItsNodesArePlaced) {
     EXPECT_NEAR(up.z, 1, 1e-6);
     MaterialRecord material;
     model.GetGeometry().GetMaterial(material, GetInstance(model, 0).materialIndex);
-    EXPECT_THAT(material.color, ElementsAre(255, 0, 0, 255));
+    EXPECT_THAT(material.color, ElementsAre(255, 0, 127, 128));  // the file's colours are linear
     EXPECT_TRUE(material.twoSided);
+}
+
+TEST_F(MeshImport, ExtrasOfAGltfTellGuidsLayersAndWhatWasTakenOffAllPositions) {
+    auto const& model = Import(Write(
+        "two.gltf",
+        MakeGltf(
+            R"({"name":"model","children":[1,2,3],"extras":{"offset":[85000.25,446000.5,7]}},)"
+            R"({"name":"wall","mesh":0,"translation":[1,2,3],"extras":{"guid":"2O2Fr$t4X7Zf8NOew3FLOH","layer":"Walls"}},)"
+            R"({"name":"wall","mesh":0,"translation":[2,2,3],"extras":{"guid":"2O2Fr$t4X7Zf8NOew3FLOH","layer":"Walls"}},)"
+            R"({"name":"door","mesh":0,"extras":{"guid":"no GUID"}})",
+            "[1,1,1,1]")));
+    EXPECT_EQ(model.GetEntities().GetCount(), 2u);
+    EXPECT_EQ(model.GetGeometry().GetInstanceCount(), 3u);
+    EntityIdentifier wall;
+    model.GetEntities().GetIdentifier(wall, 0);
+    std::string guid;
+    model.GetEntities().GetGuidText(guid, wall.reference);
+    EXPECT_EQ(guid, "2O2Fr$t4X7Zf8NOew3FLOH");
+    EXPECT_DOUBLE_EQ(wall.placement.offset.x, 85001.25);
+    EXPECT_DOUBLE_EQ(wall.placement.offset.y, 445997.5);
+    EXPECT_DOUBLE_EQ(wall.placement.offset.z, 9);
+
+    auto const second = GetInstance(model, 1);
+    EXPECT_EQ(second.entityIndex, 0u);
+    AffineTransform placement;
+    model.GetGeometry().GetPlacement(placement, second.placementIndex);
+    EXPECT_NEAR(Length(placement.offset - Vertex{1, 0, 0}), 0, 1e-9);
+    std::string layer;
+    model.GetGeometry().GetLayerName(layer, second.layerIndex);
+    EXPECT_EQ(layer, "Walls");
+
+    EntityIdentifier door;
+    model.GetEntities().GetIdentifier(door, 1);
+    EXPECT_EQ(door.kind, 1u);  // its path stands for it
+    EXPECT_EQ(GetInstance(model, 2).layerIndex, kInvalidIndex);
 }
 
 TEST_F(MeshImport, WhatIsNoMeshIsRefusedInOneLine) {

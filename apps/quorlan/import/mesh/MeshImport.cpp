@@ -4,6 +4,7 @@
 #include <assimp/scene.h>
 
 #include <algorithm>
+#include <array>
 #include <assimp/Importer.hpp>
 #include <chrono>
 #include <cmath>
@@ -13,6 +14,7 @@
 #include "ImportSources.h"
 #include "ModelParts.h"
 #include "mesh/NameGuid.h"
+#include "mesh/NodeExtras.h"
 #include "shape/CoplanarFaces.h"
 #include "step/WideText.h"
 
@@ -41,8 +43,13 @@ Matrix4 ToWorld(bool isGltf, double metresPerUnit) {
 
 std::uint8_t ToByte(float share) { return static_cast<std::uint8_t>(std::lround(std::clamp(share, 0.F, 1.F) * 255)); }
 
-/// Nothing of the material that the library makes up for meshes without one.
-std::optional<MaterialRecord> ToMaterial(aiMaterial const& source) {
+/// Colours are stored as sRGB (IEC 61966-2-1).
+float ToSrgb(float linear) {
+    return linear <= 0.0031308F ? linear * 12.92F : 1.055F * std::pow(linear, 1 / 2.4F) - 0.055F;
+}
+
+/// Nothing of the material that the library makes up for meshes without one. The colours of glTF are linear.
+std::optional<MaterialRecord> ToMaterial(aiMaterial const& source, bool isLinear) {
     aiString name;
     if (source.Get(AI_MATKEY_NAME, name) == aiReturn_SUCCESS && name == aiString(AI_DEFAULT_MATERIAL_NAME)) return {};
     aiColor4D colour;
@@ -53,7 +60,8 @@ std::optional<MaterialRecord> ToMaterial(aiMaterial const& source) {
     int isTwoSided = 0;
     source.Get(AI_MATKEY_TWOSIDED, isTwoSided);
     MaterialRecord material;
-    material.color = {ToByte(colour.r), ToByte(colour.g), ToByte(colour.b), ToByte(colour.a)};
+    auto const encode = [&](float share) { return ToByte(isLinear ? ToSrgb(share) : share); };
+    material.color = {encode(colour.r), encode(colour.g), encode(colour.b), ToByte(colour.a)};
     material.twoSided = isTwoSided != 0;
     return material;
 }
@@ -87,32 +95,51 @@ MeshContent ReadMesh(aiMesh const& mesh) {
     return content;
 }
 
-/// Writes the nodes of a scene, each with its meshes as one entity.
+/// Writes the nodes of a scene, each with its meshes as one entity; those with the same GUID in their extras as one.
 class NodeWriter {
 public:
-    NodeWriter(aiScene const& scene, ModelParts& parts, ImportOptions const& options, ImportReport& report)
-        : scene_(scene), parts_(parts), options_(options), report_(report) {}
+    NodeWriter(aiScene const& scene, bool isGltf, ModelParts& parts, ImportOptions const& options, ImportReport& report)
+        : scene_(scene), isGltf_(isGltf), parts_(parts), options_(options), report_(report) {}
 
     void Write(aiNode const& node, Matrix4 const& worldOfParent, std::string const& pathOfParent, int depth = 0) {
         if (depth == kDeepestNode) return;
         auto const world = worldOfParent * ToMatrix(node.mTransformation);
         std::string const name = node.mName.C_Str();
         auto const path = pathOfParent.empty() ? name : pathOfParent + '/' + name;
-        if (node.mNumMeshes > 0) WriteEntity(node, world, path);
+        if (node.mNumMeshes > 0) WriteMeshes(node, world, path);
         for (unsigned i = 0; i < node.mNumChildren; ++i) Write(*node.mChildren[i], world, path, depth + 1);
     }
 
 private:
-    void WriteEntity(aiNode const& node, Matrix4 const& world, std::string const& path) {
+    struct Entity {
+        Quorlan::EntityIndex_t index;
+        Matrix4 world;  ///< rigid
+    };
+
+    void WriteMeshes(aiNode const& node, Matrix4 const& world, std::string const& path) {
         ++report_.products;
         if (options_.progress) options_.progress("meshes", report_.products, std::max(scene_.mNumMeshes, 1u));
+        auto const extras = ReadExtras(node);
         auto const isRigid = IsRigid(world);
-        auto const entity = AddEntity(node.mName.C_Str(), MakeUnique(path), isRigid ? world : Matrix4());
+        auto const entity = FindEntity(node, extras.guid, path, isRigid ? world : Matrix4());
+        auto const toEntity = InvertRigid(entity.world) * world;
         auto const written = report_.instances;
         for (unsigned i = 0; i < node.mNumMeshes; ++i) {
-            WriteMesh(entity, path, *scene_.mMeshes[node.mMeshes[i]], isRigid ? Matrix4() : world);
+            auto const& mesh = *scene_.mMeshes[node.mMeshes[i]];
+            auto const material = ToMaterial(*scene_.mMaterials[mesh.mMaterialIndex], isGltf_);
+            for (auto const& definitions : AddMesh(mesh, path, isRigid ? Matrix4() : toEntity)) {
+                parts_.AddInstances(entity.index, definitions, isRigid ? toEntity : Matrix4(), material, extras.layer);
+            }
         }
         if (report_.instances == written) report_.productsWithoutShape.push_back(path);
+    }
+
+    Entity FindEntity(aiNode const& node, std::string const& guid, std::string const& path, Matrix4 const& world) {
+        if (guid.empty()) return {AddEntity(node.mName.C_Str(), MakeUnique(path), world), world};
+        auto const known = entities_.find(guid);
+        if (known != entities_.end()) return known->second;
+        Entity const entity{parts_.AddEntity(guid, ToWide(node.mName.C_Str()), world), world};
+        return entities_.emplace(guid, entity).first->second;
     }
 
     /// Of several nodes of one path, the later ones get a number.
@@ -127,7 +154,8 @@ private:
         return parts_.AddEntity(Quorlan::Tools::GuidToIfcGuid(guid), ToWide(name), placement);
     }
 
-    void WriteMesh(Quorlan::EntityIndex_t entity, std::string const& path, aiMesh const& mesh, Matrix4 const& baked) {
+    /// The faces of a mesh and its lines, both after `baked`.
+    std::array<ModelParts::Definitions, 2> AddMesh(aiMesh const& mesh, std::string const& path, Matrix4 const& baked) {
         auto content = ReadMesh(mesh);
         Transform(content.shape, baked);
         for (auto& line : content.lines.lines) {
@@ -136,9 +164,7 @@ private:
         if (options_.joinsFaces) content.shape = JoinCoplanarFaces(content.shape);
         if (content.droppedFaces > 0) report_.droppedFaces[path] += content.droppedFaces;
         if (!content.shape.faces.empty()) NoteShape(content.shape);
-        auto const material = ToMaterial(*scene_.mMaterials[mesh.mMaterialIndex]);
-        parts_.AddInstances(entity, parts_.AddShape(content.shape), {}, material, {});
-        parts_.AddInstances(entity, parts_.AddGraphics(content.lines), {}, material, {});
+        return {parts_.AddShape(content.shape), parts_.AddGraphics(content.lines)};
     }
 
     /// A mesh does not say that it is a solid; one that is closed is.
@@ -150,10 +176,12 @@ private:
     }
 
     aiScene const& scene_;
+    bool isGltf_;
     ModelParts& parts_;
     ImportOptions const& options_;
     ImportReport& report_;
     std::map<std::string, std::size_t> paths_;
+    std::map<std::string, Entity> entities_;  ///< by the GUID in their extras
 };
 
 std::string FirstLine(std::string const& text) { return text.substr(0, text.find('\n')); }
@@ -177,7 +205,9 @@ std::string AddMeshFile(ModelParts& parts, std::string const& path, ImportOption
     auto const isGltf = ending.find_first_of("gG") == 1;
     report.schema = ending.substr(1);
     report.secondsRead = SecondsSince(start);
-    NodeWriter(*scene, parts, options, report).Write(*scene->mRootNode, ToWorld(isGltf, options.metresPerUnit), {});
+    auto const& root = *scene->mRootNode;
+    auto const world = MakeTranslation(ReadExtras(root).offset) * ToWorld(isGltf, options.metresPerUnit);
+    NodeWriter(*scene, isGltf, parts, options, report).Write(root, world, {});
     report.secondsShape = SecondsSince(start) - report.secondsRead;
     return {};
 }
