@@ -119,8 +119,6 @@ void IncrementModelBuilder::Add(IModelReader const& reader,
 
 void IncrementModelBuilder::AddAsDeleted(std::vector<_GUID> const& guids) { AddDeletedEntities(*this, guids); }
 
-void IncrementModelBuilder::BorrowShapes() { content_->BorrowShapes(); }
-
 std::vector<char> IncrementModelBuilder::GetResult() const { return Create(); }
 
 }  // namespace Quorlan::Tools::Increments

@@ -2,8 +2,7 @@
 
 #include "increments/EntityPlan.h"
 #include "increments/OpenedModel.h"
-
-#include <Tools/Increments/IncrementModelBuilder.h>
+#include "increments/StoredComposition.h"
 
 #include <utility>
 
@@ -34,15 +33,12 @@ bool Merge::Build(std::vector<char> const& fullModel, std::vector<char> const& i
         error_ = "increment is invalid";
         return false;
     }
-    IModelReader const& baseReader = base.GetReader();
-    IModelReader const& changeReader = change.GetReader();
-    EntityPlan const plan{EntityGuidIndex(baseReader), EntityGuidIndex(changeReader)};
+    EntityPlan const plan{EntityGuidIndex(base.GetReader()), EntityGuidIndex(change.GetReader())};
 
-    IncrementModelBuilder builder;
-    builder.BorrowShapes();
-    builder.Add(baseReader, plan.fromBase);
-    builder.Add(changeReader, ToFullModelList(plan));
-    result_ = builder.GetResult();
+    StoredComposition composition;
+    composition.Add(base.GetReader(), plan.fromBase);
+    composition.Add(change.GetReader(), ToFullModelList(plan));
+    result_ = composition.Write();
     return true;
 }
 

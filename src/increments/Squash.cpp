@@ -2,8 +2,7 @@
 
 #include "increments/EntityPlan.h"
 #include "increments/OpenedModel.h"
-
-#include <Tools/Increments/IncrementModelBuilder.h>
+#include "increments/StoredComposition.h"
 
 #include <utility>
 
@@ -59,18 +58,15 @@ bool Squash::Build(std::vector<char> const& base, std::vector<char> const& incre
         error_ = "increment is invalid";
         return false;
     }
-    IModelReader const& earlierReader = earlier.GetReader();
-    IModelReader const& laterReader = later.GetReader();
-    EntityGuidIndex const earlierIndex(earlierReader);
-    EntityGuidIndex const laterIndex(laterReader);
+    EntityGuidIndex const earlierIndex(earlier.GetReader());
+    EntityGuidIndex const laterIndex(later.GetReader());
     ChangeLists lists(earlierIndex, laterIndex);
     EntityPlan const plan(earlierIndex, laterIndex);
 
-    IncrementModelBuilder builder;
-    builder.BorrowShapes();
-    builder.Add(earlierReader, plan.fromBase);
-    builder.Add(laterReader, plan.fromIncrement);
-    result_ = builder.GetResult();
+    StoredComposition composition;
+    composition.Add(earlier.GetReader(), plan.fromBase);
+    composition.Add(later.GetReader(), plan.fromIncrement);
+    result_ = composition.Write();
     deleted_ = std::move(lists.deleted);
     modified_ = std::move(lists.modified);
     return true;

@@ -1,12 +1,10 @@
 #pragma once
 
-#include "increments/ContentCopier.h"
-#include "model/BufferReaders.h"
-#include "model/ModelWriters.h"
+#include "increments/StoredPart.h"
+
+#include <Quorlan/ModelBuilder.h>
 
 #include <optional>
-#include <utility>
-#include <vector>
 
 namespace Quorlan::Tools::Increments {
 
@@ -21,9 +19,9 @@ struct StoredTarget {
     static std::optional<StoredTarget> Find(ModelBuilder& builder);
 };
 
-/// Copies entities from a model buffer, table by table and struct by struct: the same as reading and writing each
-/// through the public operations, without their conversions. REQUIRES: `content` writes to the same builder.
+/// Copies entities from a model buffer, which need not outlive the call. REQUIRES: `content` writes to the same
+/// builder.
 void CopyStoredEntities(StoredTarget const& target, ContentCopier& content, BufferModelReader const& source,
-                        std::vector<std::pair<OwnerHistoryChangeAction, EntityIndex_t>> const& entities);
+                        EntityList const& entities);
 
 }  // namespace Quorlan::Tools::Increments

@@ -45,9 +45,6 @@ public:
         Append((alignment - (bytes_.size() + bytesBefore) % alignment) % alignment);
     }
 
-    /// Takes back the last bytes.
-    void Drop(std::size_t count) { bytes_.resize(bytes_.size() - count); }
-
     /// Appends the layout of a table that has these fields in its slots. RETURNS its position.
     std::size_t AppendLayout(std::initializer_list<flatbuffers::voffset_t> fields);
 
@@ -61,6 +58,9 @@ public:
 
     /// Sets slot `slot` of a table to lead to what is appended next.
     void LinkNext(std::size_t table, std::size_t slot) { SetOffset(table + 4 + 4 * slot, bytes_.size()); }
+
+    /// Begins a vector whose elements are appended next, and lets the slot lead to it. RETURNS where its length stands.
+    std::size_t BeginVector(std::size_t table, std::size_t slot, std::size_t count, std::size_t alignment);
 
     /// Appends a vector of structs or numbers and lets the slot lead to it.
     template <class T>
@@ -88,7 +88,6 @@ public:
 
 private:
     void RequireSpace(std::size_t count) const;
-    void BeginVector(std::size_t table, std::size_t slot, std::size_t count, std::size_t alignment);
 
     std::vector<char> bytes_;
 };

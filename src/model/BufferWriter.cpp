@@ -3,6 +3,7 @@
 #include "model/BufferGate.h"
 
 #include <algorithm>
+#include <array>
 
 namespace Quorlan {
 namespace {
@@ -64,29 +65,72 @@ std::size_t SizeOfText(std::size_t length) { return (4 + length + 1 + 3) / 4 * 4
 /// [bytes] What the texts take at most, with the offsets that lead to them.
 std::size_t EstimateSize(TextPool const& texts) { return texts.GetCount() * 12 + texts.GetCharacterCount(); }
 
-char* WriteText(char* out, std::string_view text) {
+void WriteText(char* out, std::size_t size, std::string_view text) {
+    flatbuffers::WriteScalar(out + size - 4, std::uint32_t{0});
     flatbuffers::WriteScalar(out, static_cast<std::uint32_t>(text.size()));
     if (!text.empty()) std::memcpy(out + 4, text.data(), text.size());
-    return out + SizeOfText(text.size());
 }
 
-void WriteTexts(BufferSink& sink, std::size_t table, std::size_t slot, TextPool const& texts) {
-    std::size_t offset = sink.AppendOffsets(table, slot, texts.GetCount());
-    std::size_t const begin = sink.GetSize();
-    std::size_t const room = EstimateSize(texts);
-    char* const first = sink.Append(room);
-    char* out = first;
-    for (std::size_t i = 0; i < texts.GetCount(); ++i, offset += 4) {
-        sink.SetOffset(offset, begin + static_cast<std::size_t>(out - first));
-        out = WriteText(out, texts.Get(i));
+/// Appends texts, block by block, and lets one offset after another lead to them.
+class TextAppender {
+public:
+    TextAppender(BufferSink& sink, std::size_t firstOffset) : sink_(sink), offset_(firstOffset) {}
+
+    void Add(std::string_view text) {
+        std::size_t const size = SizeOfText(text.size());
+        if (size > block_.size() - pending_) Flush();
+        sink_.SetOffset(offset_, sink_.GetSize() + pending_);
+        offset_ += 4;
+        if (size > block_.size()) {
+            WriteText(sink_.Append(size), size, text);
+        } else {
+            WriteText(block_.data() + pending_, size, text);
+            pending_ += size;
+        }
     }
-    sink.Drop(room - static_cast<std::size_t>(out - first));
+
+    void Flush() {
+        sink_.AppendCopy(block_.data(), pending_);
+        pending_ = 0;
+    }
+
+private:
+    BufferSink& sink_;
+    std::size_t offset_;
+    std::size_t pending_ = 0;
+    std::array<char, 4096> block_;
+};
+
+/// The collected texts and behind them the stored ones, which are none where `stored` is null.
+void WriteTexts(BufferSink& sink, std::size_t table, std::size_t slot, TextPool const& texts,
+                StoredContent const* stored = nullptr) {
+    std::size_t const storedCount = stored == nullptr ? 0 : stored->GetTextCount();
+    TextAppender appender(sink, sink.AppendOffsets(table, slot, texts.GetCount() + storedCount));
+    for (std::size_t i = 0; i < texts.GetCount(); ++i) appender.Add(texts.Get(i));
+    if (storedCount != 0) stored->WriteTexts([&appender](std::string_view text) { appender.Add(text); });
+    appender.Flush();
 }
 
-void WriteEntities(BufferSink& sink, std::size_t table, EntityWriter const& writer) {
-    sink.AppendVector(table, 0, writer.records);
-    sink.AppendVector(table, 1, writer.guids);
-    WriteTexts(sink, table, 2, writer.texts);
+/// The collected structs and behind them those that `write` appends, which are none where `stored` is null.
+template <class Collected, class Stored, class Write>
+void WriteStructs(BufferSink& sink, std::size_t table, std::size_t slot, Collected const& collected, Stored* stored,
+                  Write write) {
+    using T = typename Collected::value_type;
+    std::size_t const length = sink.BeginVector(table, slot, collected.size(), alignof(T));
+    sink.AppendCopy(collected.data(), collected.size() * sizeof(T));
+    if (stored != nullptr) {
+        ElementWriter<T> out(sink);
+        (stored->*write)(out);
+        std::size_t const count = collected.size() + out.Finish();
+        flatbuffers::WriteScalar(sink.At(length), static_cast<flatbuffers::uoffset_t>(count));
+    }
+    sink.Align(4, 0);
+}
+
+void WriteEntities(BufferSink& sink, std::size_t table, EntityWriter const& writer, StoredContent const* stored) {
+    WriteStructs(sink, table, 0, writer.records, stored, &StoredContent::WriteEntities);
+    WriteStructs(sink, table, 1, writer.guids, stored, &StoredContent::WriteGuids);
+    WriteTexts(sink, table, 2, writer.texts, stored);
     WriteTexts(sink, table, 3, writer.identifierTexts);
     sink.AppendVector(table, 4, writer.geometricKeys);
 }
@@ -109,15 +153,16 @@ void WriteTables(BufferSink& sink, std::size_t vectorOfTables, std::size_t slot,
 }
 
 /// Parts and histories share the texts of their users, organizations and applications: few people write a model.
-void WriteOwnerHistories(BufferSink& sink, Tables const& tables, OwnerHistoryWriter const& writer) {
+void WriteOwnerHistories(BufferSink& sink, Tables const& tables, OwnerHistoryWriter const& writer,
+                         StoredContent const* stored) {
     std::size_t const table = tables.ownerHistories;
     TextPool const& texts = writer.texts.GetAll();
     std::size_t const partsSize = writer.parts.size() * (4 + 16);
     std::size_t const historiesSize = writer.histories.size() * (4 + 20);
 
     // The texts stand behind both vectors of tables; where, follows from the sizes.
-    sink.AppendVector(table, 1, writer.records);
-    sink.AppendVector(table, 3, writer.links);
+    WriteStructs(sink, table, 1, writer.records, stored, &StoredContent::WriteHistoryRecords);
+    WriteStructs(sink, table, 3, writer.links, stored, &StoredContent::WriteHistoryLinks);
     sink.Align(4, 0);
     std::vector<std::size_t> textPositions;
     textPositions.reserve(texts.GetCount());
@@ -138,8 +183,10 @@ void WriteOwnerHistories(BufferSink& sink, Tables const& tables, OwnerHistoryWri
                     sink.SetOffset(slots + 8, textPositions[history.lastModifyingUser]);
                     sink.SetOffset(slots + 12, textPositions[history.lastModifyingApplication]);
                 });
-    char* out = sink.Append(position - sink.GetSize());
-    for (std::size_t i = 0; i < texts.GetCount(); ++i) out = WriteText(out, texts.Get(i));
+    for (std::size_t i = 0; i < texts.GetCount(); ++i) {
+        std::size_t const size = SizeOfText(texts.Get(i).size());
+        WriteText(sink.Append(size), size, texts.Get(i));
+    }
 }
 
 void WriteShapes(BufferSink& sink, Tables const& tables, std::size_t slot, DefinitionWriter const& writer,
@@ -177,11 +224,11 @@ void WriteTextures(BufferSink& sink, Tables const& tables, std::size_t slot, Tex
 void WriteGeometry(BufferSink& sink, Tables const& tables, ModelContent const& content) {
     std::size_t const table = tables.geometry;
     DefinitionWriter const& definitions = content.definitions;
-    sink.AppendVector(table, 0, content.instances.placements);
+    WriteStructs(sink, table, 0, content.instances.placements, content.stored, &StoredContent::WritePlacements);
     sink.AppendVector(table, 1, content.materials.materials);
     WriteTexts(sink, table, 2, content.layers.names);
     sink.AppendVector(table, 3, definitions.definitions);
-    sink.AppendVector(table, 4, content.instances.instances);
+    WriteStructs(sink, table, 4, content.instances.instances, content.stored, &StoredContent::WriteInstances);
     WriteTextures(sink, tables, 5, content.textures);
     WriteShapes(sink, tables, 6, definitions, BRepKind::kPlain);
     WriteShapes(sink, tables, 7, definitions, BRepKind::kWithUV);
@@ -189,17 +236,18 @@ void WriteGeometry(BufferSink& sink, Tables const& tables, ModelContent const& c
     WriteGraphics(sink, tables, 9, definitions);
 }
 
-/// Readers find the entries of an entity by bisection; within an entity the order of writing stays.
-void WriteProperties(BufferSink& sink, std::size_t table, PropertyWriter const& writer) {
+/// Readers find the entries of an entity by bisection; within an entity the order of writing stays. Stored entities
+/// come behind the collected ones, and so do their entries.
+void WriteProperties(BufferSink& sink, std::size_t table, PropertyWriter const& writer, StoredContent* stored) {
     auto const isBefore = [](Schema::PropertyEntry const& a, Schema::PropertyEntry const& b) {
         return a.entity() < b.entity();
     };
     if (std::is_sorted(writer.entries.begin(), writer.entries.end(), isBefore)) {
-        sink.AppendVector(table, 0, writer.entries);
+        WriteStructs(sink, table, 0, writer.entries, stored, &StoredContent::WriteProperties);
     } else {
         auto sorted = writer.entries;
         std::stable_sort(sorted.begin(), sorted.end(), isBefore);
-        sink.AppendVector(table, 0, sorted);
+        WriteStructs(sink, table, 0, sorted, stored, &StoredContent::WriteProperties);
     }
     WriteTexts(sink, table, 1, writer.strings.GetAll());
 }
@@ -222,8 +270,10 @@ std::size_t EstimateSize(DefinitionWriter const& definitions) {
 /// [bytes] What the buffer takes at most, so that it is written into one allocation. The system provides only what is
 /// touched of it.
 std::size_t EstimateSize(ModelContent const& content) {
-    auto const& [entities, histories, materials, layers, textures, definitions, instances, properties] = content;
+    auto const& [entities, histories, materials, layers, textures, definitions, instances, properties, stored] =
+        content;
     std::size_t size = 4096;  // the tables around the content, and what aligns it
+    if (stored != nullptr) size += stored->EstimateSize();
     size += SizeOf(entities.records) + SizeOf(entities.guids) + SizeOf(entities.geometricKeys);
     size += EstimateSize(entities.texts) + EstimateSize(entities.identifierTexts);
     size += SizeOf(histories.records) + SizeOf(histories.links) + histories.histories.size() * 24 +
@@ -241,10 +291,10 @@ std::vector<char> WriteModelBuffer(ModelContent const& content) {
     BufferSink sink(EstimateSize(content));
     std::memcpy(sink.Append(kHeaderSize) + 4, Schema::ModelIdentifier(), 4);
     Tables const tables(sink);
-    WriteEntities(sink, tables.entities, content.entities);
-    WriteOwnerHistories(sink, tables, content.ownerHistories);
+    WriteEntities(sink, tables.entities, content.entities, content.stored);
+    WriteOwnerHistories(sink, tables, content.ownerHistories, content.stored);
     WriteGeometry(sink, tables, content);
-    WriteProperties(sink, tables.properties, content.properties);
+    WriteProperties(sink, tables.properties, content.properties, content.stored);
     return sink.Take();
 }
 

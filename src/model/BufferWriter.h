@@ -1,12 +1,13 @@
 #pragma once
 
 #include "model/ModelWriters.h"
+#include "model/StoredContent.h"
 
 #include <vector>
 
 namespace Quorlan {
 
-/// Everything that a model builder has collected, in the order in which the buffer holds it.
+/// Everything that a model builder has collected.
 struct ModelContent {
     EntityWriter const& entities;
     OwnerHistoryWriter const& ownerHistories;
@@ -16,6 +17,7 @@ struct ModelContent {
     DefinitionWriter const& definitions;
     InstanceWriter const& instances;
     PropertyWriter const& properties;
+    StoredContent* stored = nullptr;  ///< what is written without having been collected; null for nothing
 };
 
 /// The model buffer of the content. THROWS std::bad_array_new_length if it would reach 2 GiB.

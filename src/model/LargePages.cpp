@@ -17,4 +17,12 @@ void AdviseLargePages([[maybe_unused]] void* bytes, [[maybe_unused]] std::size_t
 #endif
 }
 
+void ReserveLargePages(std::vector<char>& bytes, std::size_t size) {
+    // Above this the system provides an allocation page by page at the first touch: a buffer of 56 MB meets 30 page
+    // faults instead of 14,000.
+    constexpr std::size_t kOwnAllocation = std::size_t{1} << 25;
+    bytes.reserve(size);
+    if (bytes.capacity() >= kOwnAllocation) AdviseLargePages(bytes.data(), bytes.capacity());
+}
+
 }  // namespace Quorlan

@@ -11,6 +11,9 @@ namespace Quorlan {
 /// 2 MB instead of 500, and reading it at random misses fewer address translations. Only a hint.
 void AdviseLargePages(void* bytes, std::size_t size);
 
+/// Reserves room in a vector, in large pages where that much is an allocation of its own.
+void ReserveLargePages(std::vector<char>& bytes, std::size_t size);
+
 /// [bytes] What the large pages of most systems are.
 constexpr std::size_t kLargePageSize = std::size_t{1} << 21;
 

@@ -1,5 +1,6 @@
 #include "model/BufferGate.h"
 #include "model/BufferReaders.h"
+#include "model/LargePages.h"
 
 #include <Quorlan/ModelStorage.h>
 
@@ -24,7 +25,9 @@ ModelStorage ModelStorage::FromBuffer(std::vector<char> const& buffer) {
 
     // The copy comes first: it is aligned, and what was checked is what is read. Its bytes stay where they are when
     // the vector moves.
-    std::vector<char> bytes = buffer;
+    std::vector<char> bytes;
+    ReserveLargePages(bytes, buffer.size());
+    bytes = buffer;
     auto const* const model = OpenUntrustedModel(bytes);
     if (model == nullptr) return ModelStorage(nullptr);
     return ModelStorage(std::make_unique<OpenedModel>(std::move(bytes), *model));

@@ -2,7 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <new>
 
 namespace {
@@ -27,14 +26,6 @@ TEST(BufferSink, TablesReadBackThroughFlatBuffers) {
     ASSERT_EQ(vector->size(), 2u);
     EXPECT_EQ(vector->Get(1), 0.25);
     EXPECT_EQ(reinterpret_cast<std::uintptr_t>(vector->Data()) % 8, 0u);
-}
-
-TEST(BufferSink, AppendedBytesAreZeroAlsoWhereOthersWereDropped) {
-    BufferSink sink(16);
-    std::fill_n(sink.Append(8), 8, 'x');
-    sink.Drop(4);
-    sink.Append(4);
-    EXPECT_EQ(sink.Take(), (std::vector<char>{'x', 'x', 'x', 'x', 0, 0, 0, 0}));
 }
 
 TEST(BufferSink, AlignsWhatComesBehindOtherBytes) {

@@ -51,12 +51,6 @@ public:
     std::vector<char> GetResult() const;
 
 private:
-    friend class Merge;
-    friend class Squash;
-
-    /// From now on the bytes behind every reader stay until the result is taken.
-    QUORLAN_TOOLS_LOCAL void BorrowShapes();
-
     std::unique_ptr<ContentCopier> content_;
 };
 
