@@ -1,8 +1,6 @@
 #include <Tools/BoundingBoxBuilder.h>
 
-#include "geometry/Frame.h"
-#include "model/InstanceLanes.h"
-#include "model/ModelView.h"
+#include "analysis/PlacedInstances.h"
 
 namespace Quorlan::Tools {
 
@@ -10,16 +8,7 @@ bool BoundingBoxBuilder::Build(AffineTransform const& transform, void const* buf
     auto const model = ModelView::Open(buffer);
     if (!model || model->GetInstanceCount() == 0) return false;
 
-    auto const caller = FrameLanes::FromFrame(Frame(transform));
-    InstanceArrays const arrays(*model);
-    FillByLanes(boundingBoxes_, arrays.count, [&](std::uint32_t first, AxisAlignedBox3* out) {
-        InstanceLanes const instances(arrays, first, true);
-        auto const world = caller * (instances.GetEntityPlacements().ToFrame() * instances.GetPlacements().ToFrame());
-        VectorLanes<Float4> lo;
-        VectorLanes<Float4> hi;
-        instances.GetLocalBounds(lo, hi);
-        TransformBox(world, lo, hi).Store(out);
-    });
+    ComputeBoxes(*model, Frame(transform), boundingBoxes_);
     return true;
 }
 

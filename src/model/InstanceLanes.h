@@ -4,11 +4,8 @@
 #include "model/ModelView.h"
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstring>
-#include <type_traits>
-#include <vector>
 
 /// Instances of a model buffer, four at a time, in the lanes of `geometry/Lanes.h`.
 ///
@@ -171,25 +168,5 @@ struct InstanceLanes {
     PlacementLanes GetEntityPlacements() const { return {entities, 16}; }
     void GetLocalBounds(VectorLanes<Float4>& lo, VectorLanes<Float4>& hi) const { LoadTriples(definitions, 8, lo, hi); }
 };
-
-/// Fills `results` with one value per instance: `compute(first, out)` writes the four values from instance `first` on.
-///
-/// Values that are there from an earlier build are overwritten in place. New ones are computed in a block that stays in
-/// the first cache and appended to reserved memory block by block, so that nothing is constructed to be overwritten.
-template <class Value, class Compute>
-void FillByLanes(std::vector<Value>& results, std::uint32_t count, Compute compute) {
-    static_assert(std::is_trivially_copyable_v<Value>);
-    constexpr std::uint32_t kBlock = 16384 / sizeof(Value) / kLaneCount * kLaneCount;
-    alignas(64) std::array<Value, kBlock> block;
-    results.resize(std::min<std::size_t>(results.size(), count) / kBlock * kBlock);
-    results.reserve(count);
-    for (std::uint32_t blockFirst = 0; blockFirst < count; blockFirst += kBlock) {
-        std::uint32_t const size = std::min(kBlock, count - blockFirst);
-        bool const isInPlace = blockFirst < results.size();
-        Value* const out = isInPlace ? &results[blockFirst] : block.data();
-        for (std::uint32_t i = 0; i < size; i += kLaneCount) compute(blockFirst + i, out + i);
-        if (!isInPlace) results.insert(results.end(), out, out + size);
-    }
-}
 
 }  // namespace Quorlan
