@@ -68,6 +68,15 @@ struct ModelView {
         return ModelView{entities->records(), root->geometry()};
     }
 
+    /// The same for a buffer that is not asked for its identifier. Empty also where there can be no instances.
+    static std::optional<ModelView> OpenTrusted(std::vector<char> const& buffer) {
+        auto const* const geometry = FindGeometry(buffer);
+        if (geometry == nullptr || geometry->instances() == nullptr) return std::nullopt;
+        auto const* const entities = Schema::GetModel(buffer.data())->entities();
+        if (entities == nullptr || entities->records() == nullptr) return std::nullopt;
+        return ModelView{entities->records(), geometry};
+    }
+
     std::uint32_t GetInstanceCount() const { return CountOf(geometry->instances()); }
 };
 

@@ -1,7 +1,7 @@
 #include "picking/ContentBounds.h"
 #include "picking/InstancePick.h"
 #include "picking/InstanceRays.h"
-#include "picking/SurfaceIntersection.h"
+#include "picking/SurfacePick.h"
 
 #include <Quorlan/ModelTypes.h>
 #include <Tools/Picking/ModelInstancesPicker.h>
@@ -11,10 +11,8 @@
 #include <glm/geometric.hpp>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <limits>
-#include <optional>
 
 namespace Quorlan::Tools::Picking {
 
@@ -30,21 +28,6 @@ struct ModelInstancesPicker::Hit {
 };
 
 namespace {
-
-constexpr std::size_t kRayBlocks = 4;  ///< blocks of rays that are carried over before their shapes are tested
-
-/// The model of a buffer that is trusted and not asked for its identifier. Empty where there can be no instances.
-std::optional<ModelView> OpenTrusted(std::vector<char> const& buffer) {
-    auto const* const geometry = FindGeometry(buffer);
-    if (geometry == nullptr || geometry->instances() == nullptr) return std::nullopt;
-    auto const* const entities = Schema::GetModel(buffer.data())->entities();
-    if (entities == nullptr || entities->records() == nullptr) return std::nullopt;
-    return ModelView{entities->records(), geometry};
-}
-
-bool IsTwoSided(Schema::Geometry const& geometry, std::uint32_t material) {
-    return material < CountOf(geometry.materials()) && geometry.materials()->Get(material)->twoSided() == 1;
-}
 
 /// The definition kinds of the types, bit k for kind k.
 unsigned GetKindMask(std::vector<GeometryType> const& types) {
@@ -187,39 +170,17 @@ void ModelInstancesPicker::StoreResult(Hit const& hit, InstanceFrame const& fram
 bool ModelInstancesPicker::PickSurfaces(std::vector<char> const& buffer, AffineTransform const& transform,
                                         std::vector<unsigned> const& instanceIds) {
     ResetResult();
-    auto const model = OpenTrusted(buffer);
-    if (!model || instanceIds.empty()) return false;
+    auto const model = ModelView::OpenTrusted(buffer);
+    if (!model) return false;
 
-    ModelRay const ray = CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform);
-    InstancePick pick(*model, ray, CarryPlanes(dynamicClippingPlanes_, transform));
-    Schema::Geometry const& geometry = *model->geometry;
-    InstanceArrays const arrays(*model);
-    std::size_t const count = instanceIds.size();
-    Hit best;
-    std::array<InstanceRays, kRayBlocks> rays;
-    for (std::size_t first = 0; first < count; first += kRayBlocks * kLaneCount) {
-        std::size_t const end = std::min<std::size_t>(first + kRayBlocks * kLaneCount, count);
-        for (std::size_t i = first; i < end; ++i) InstanceRays::Prefetch(arrays, instanceIds[i]);
-        for (std::size_t i = first; i < end; i += kLaneCount) {
-            rays[(i - first) / kLaneCount] = InstanceRays(arrays, instanceIds.data(), i, count, ray);
-        }
-        for (std::size_t i = first; i < end; ++i) {
-            InstanceRays const& block = rays[(i - first) / kLaneCount];
-            std::size_t const lane = i % kLaneCount;
-            if (block.GetLeastParameter(lane) > best.t) continue;
-            Schema::Instance const& instance = arrays.GetInstance(instanceIds[i]);
-            auto const& definition = *geometry.definitions()->Get(instance.definitionIndex());
-            auto const brep = Quorlan::FindBRep(geometry, definition.kind(), definition.kindIndex());
-            if (!brep) continue;
-            SurfaceHit const hit =
-                IntersectSurface(block.Get(lane), pick.GetClippingPlanesOf(instance), StoredBRepAccess(*brep),
-                                 !IsTwoSided(geometry, instance.materialIndex()));
-            if (!hit.isHit || !(hit.t < best.t)) continue;
-            best = {hit.t, hit.position, hit.normal, instanceIds[i], static_cast<unsigned>(hit.face)};
-        }
-    }
-    if (!best.IsHit()) return false;
-    StoreResult(best, pick.GetFrameOf(arrays.GetInstance(best.instance)), transform);
+    auto const ray = CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform);
+    auto const pick = FindNearestSurface(*model, transform, ray, dynamicClippingPlanes_, instanceIds);
+    if (!pick) return false;
+    shortestDistance_ = pick->distance;
+    pickedPoint_ = pick->point;
+    pickedNormal_ = pick->normal;
+    geometryInstanceId_ = pick->instance;
+    geometryInstancePrimitiveId_ = pick->face;
     return true;
 }
 
@@ -229,7 +190,7 @@ bool ModelInstancesPicker::PickEdges(std::vector<GeometryType> const& types, std
                                      AffineTransform const& transform, std::vector<unsigned> const& instanceIds,
                                      double tolerance) {
     ResetResult();
-    auto const model = OpenTrusted(buffer);
+    auto const model = ModelView::OpenTrusted(buffer);
     if (!model || instanceIds.empty()) return false;
 
     ModelRay const ray = CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform);

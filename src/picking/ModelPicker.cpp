@@ -3,6 +3,7 @@
 #include "model/ModelView.h"
 #include "picking/LayerNames.h"
 #include "picking/ModelRay.h"
+#include "picking/SurfacePick.h"
 #include "picking/TreeQuery.h"
 
 #include <Tools/Picking/ModelInstancesPicker.h>
@@ -97,14 +98,20 @@ bool ModelPicker::PickSurfaces(std::vector<char> const& buffer, AffineTransform 
     auto const* const geometry = FindInstances(buffer);
     if (geometry == nullptr) return false;
 
-    auto candidates =
-        FindItemsAlongRay(tree, CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform));
+    auto const ray = CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform);
+    auto candidates = FindItemsAlongRay(tree, ray);
     if (candidates.empty()) return false;
     FilterCandidates(candidates, *geometry, disabledLayers_, filter);
+    auto const model = ModelView::OpenTrusted(buffer);
+    if (!model) return false;
 
-    ModelInstancesPicker picker = MakeInstancesPicker();
-    if (!picker.PickSurfaces(buffer, transform, candidates)) return false;
-    TakeResult(picker);
+    auto const pick = FindNearestSurface(*model, transform, ray, dynamicClippingPlanes_, candidates);
+    if (!pick) return false;
+    shortestDistance_ = pick->distance;
+    pickedPoint_ = pick->point;
+    pickedNormal_ = pick->normal;
+    geometryInstanceId_ = pick->instance;
+    geometryInstancePrimitiveId_ = pick->face;
     return true;
 }
 
