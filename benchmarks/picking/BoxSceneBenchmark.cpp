@@ -1,5 +1,6 @@
 #include "picking/BoxTreePeers.h"
 #include "picking/Campus.h"
+#include "picking/EmbreeRay.h"
 
 #include <benchmark/benchmark.h>
 #include <embree3/rtcore.h>
@@ -80,16 +81,7 @@ void FindCandidatesWithEmbree(benchmark::State& state) {
         Vertex direction;
         ViewToWorld(view.camera, view.x, view.y, origin, direction);
         rtcInitIntersectContext(&counting.context);
-        RTCRayHit query{};
-        query.ray.org_x = static_cast<float>(origin.x);
-        query.ray.org_y = static_cast<float>(origin.y);
-        query.ray.org_z = static_cast<float>(origin.z);
-        query.ray.dir_x = static_cast<float>(direction.x);
-        query.ray.dir_y = static_cast<float>(direction.y);
-        query.ray.dir_z = static_cast<float>(direction.z);
-        query.ray.tfar = 1e30f;
-        query.ray.mask = 0xFFFFFFFF;
-        query.hit.geomID = RTC_INVALID_GEOMETRY_ID;
+        RTCRayHit query = CampusBenchmark::MakeEmbreeRay(origin, direction);
         rtcIntersect1(scene, &counting.context, &query);
     }
     state.counters["candidates"] =

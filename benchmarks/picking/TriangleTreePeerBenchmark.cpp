@@ -1,4 +1,5 @@
 #include "picking/Campus.h"
+#include "picking/EmbreeRay.h"
 
 #include <Quorlan/IModelReader.h>
 #include <Quorlan/ModelStorage.h>
@@ -38,21 +39,6 @@ private:
     RTCDevice device_;
 };
 
-RTCRayHit ToQuery(Vertex const& origin, Vertex const& direction) {
-    RTCRayHit query{};
-    query.ray.org_x = static_cast<float>(origin.x);
-    query.ray.org_y = static_cast<float>(origin.y);
-    query.ray.org_z = static_cast<float>(origin.z);
-    query.ray.dir_x = static_cast<float>(direction.x);
-    query.ray.dir_y = static_cast<float>(direction.y);
-    query.ray.dir_z = static_cast<float>(direction.z);
-    query.ray.tfar = 1e30f;
-    query.ray.mask = 0xFFFFFFFF;
-    query.hit.geomID = RTC_INVALID_GEOMETRY_ID;
-    query.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
-    return query;
-}
-
 class Scene {
 public:
     explicit Scene(Device const& device) : device_(device.Get()), scene_(rtcNewScene(device.Get())) {}
@@ -83,7 +69,7 @@ public:
     void Commit() const { rtcCommitScene(scene_); }
 
     bool IsHit(Vertex const& origin, Vertex const& direction) const {
-        RTCRayHit query = ToQuery(origin, direction);
+        RTCRayHit query = CampusBenchmark::MakeEmbreeRay(origin, direction);
         RTCIntersectContext context;
         rtcInitIntersectContext(&context);
         rtcIntersect1(scene_, &context, &query);
