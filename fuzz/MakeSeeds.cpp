@@ -1,7 +1,10 @@
-// Writes the seed corpus of a fuzzer into a folder: models, pairs of a model and an increment, texts, or IFC files.
+// Writes the seed corpus of a fuzzer into a folder: models, pairs of a model and an increment (both small ones with
+// every kind of content and parts of the sample building), texts, or IFC files.
 //
 // usage: MakeSeeds models|pairs|identifiers|ifc FOLDER
 
+#include "SampleSeeds.h"
+#include "TwoBuffers.h"
 #include "cli/import/IfcSeeds.h"
 #include "support/SeedModels.h"
 
@@ -11,18 +14,26 @@
 
 namespace {
 
-/// Two models one behind the other, the second at a multiple of 8; and each model alone.
+void Append(std::vector<TestSupport::SeedModel>& seeds, std::vector<TestSupport::SeedModel> const& more) {
+    seeds.insert(seeds.end(), more.begin(), more.end());
+}
+
+std::vector<TestSupport::SeedModel> MakeModels() {
+    auto models = TestSupport::MakeSeedModels();
+    Append(models, MakeSampleParts());
+    return models;
+}
+
+/// Each of the small models alone and with each, and changes of the sample building.
 std::vector<TestSupport::SeedModel> MakePairs() {
     auto const models = TestSupport::MakeSeedModels();
     auto pairs = models;
     for (auto const& first : models) {
         for (auto const& second : models) {
-            auto joined = first.buffer;
-            joined.resize((joined.size() + 7) / 8 * 8);
-            joined.insert(joined.end(), second.buffer.begin(), second.buffer.end());
-            pairs.push_back({first.name + "-" + second.name, joined});
+            pairs.push_back({first.name + "-" + second.name, JoinBuffers(first.buffer, second.buffer)});
         }
     }
+    Append(pairs, MakeSampleChanges());
     return pairs;
 }
 
@@ -42,7 +53,7 @@ std::vector<TestSupport::SeedModel> MakeIfcFiles() {
 }
 
 std::vector<TestSupport::SeedModel> MakeSeeds(std::string const& kind) {
-    if (kind == "models") return TestSupport::MakeSeedModels();
+    if (kind == "models") return MakeModels();
     if (kind == "ifc") return MakeIfcFiles();
     return kind == "pairs" ? MakePairs() : MakeIdentifierSeeds();
 }

@@ -3,14 +3,14 @@
 //
 // usage: Replay... [--changes N] FOLDER...
 
-#include "BufferMutator.h"
-
 #include <algorithm>
+#include <cstdint>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <string>
 #include <vector>
 
@@ -25,9 +25,17 @@ extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, st
     return size;
 }
 
+/// For fuzzers that have no mutator of their own.
+extern "C" [[gnu::weak]] std::size_t LLVMFuzzerCustomMutator(std::uint8_t* data, std::size_t size, std::size_t maxSize,
+                                                             unsigned) {
+    return LLVMFuzzerMutate(data, size, maxSize);
+}
+
 namespace {
 
 using Bytes = std::vector<std::uint8_t>;
+
+constexpr std::size_t kRoom = 256;  // [bytes] by which a change may lengthen an input
 
 void Run(Bytes const& input) {
     Bytes const exact(input.begin(), input.end());  // no slack behind the end, so that a sanitizer sees every step out
@@ -41,7 +49,9 @@ void Replay(std::filesystem::path const& path, unsigned changes) {
     for (unsigned seed = 1; seed <= changes; ++seed) {
         Bytes changed = original;
         for (unsigned step = 0; step <= seed % 4; ++step) {
-            changed.resize(MutateBuffer(changed.data(), changed.size(), changed.size(), 4 * seed + step));
+            auto const size = changed.size();
+            changed.resize(size + kRoom);
+            changed.resize(LLVMFuzzerCustomMutator(changed.data(), size, changed.size(), 4 * seed + step));
         }
         Run(changed);
     }

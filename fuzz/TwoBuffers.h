@@ -14,3 +14,10 @@ inline std::pair<std::vector<char>, std::vector<char>> SplitBuffers(std::uint8_t
     if (split + 8 > size) return {{data, data + size}, {data, data + size}};
     return {{data, data + split}, {data + split, data + size}};
 }
+
+/// The input that splits into these two.
+inline std::vector<char> JoinBuffers(std::vector<char> first, std::vector<char> const& second) {
+    first.resize((first.size() + 7) / 8 * 8);
+    first.insert(first.end(), second.begin(), second.end());
+    return first;
+}
