@@ -141,10 +141,11 @@ int ImportHere(Settings const& settings) {
 int RunImport(Settings const& settings) {
     auto const names = settings.inputs.size() == 1 ? settings.inputs.front() : std::string("one of the files");
     CheckOutputFile(settings.output, settings.inputs);
+    auto const parent = getpid();
     auto const child = fork();
     if (child < 0) return ImportHere(settings);
     if (child == 0) {
-        LeaveInterruptsToTheParent();
+        LeaveInterruptsToTheParent(parent);
         int code = kFindings;
         try {
             code = ImportHere(settings);
@@ -159,6 +160,7 @@ int RunImport(Settings const& settings) {
         }
         _exit(code);
     }
+    EndedOnInterrupt const endedOnInterrupt(child);
     int status = 0;
     if (waitpid(child, &status, 0) == child && WIFEXITED(status)) return WEXITSTATUS(status);
     throw Failure(names + ": the library that reads it broke down");

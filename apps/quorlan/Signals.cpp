@@ -1,8 +1,10 @@
 #include "Signals.h"
 
 #include <csignal>
+#include <cstdlib>
 
 #if !defined(_WIN32)
+#include <sys/wait.h>
 #include <unistd.h>
 #endif
 #if defined(__linux__)
@@ -14,7 +16,9 @@ namespace QuorlanProgram {
 #if defined(_WIN32)
 
 void PrepareSignals() {}
-void LeaveInterruptsToTheParent() {}
+void LeaveInterruptsToTheParent(int) {}
+EndedOnInterrupt::EndedOnInterrupt(int) {}
+EndedOnInterrupt::~EndedOnInterrupt() = default;
 RemovedOnInterrupt::RemovedOnInterrupt(std::string const&) {}
 RemovedOnInterrupt::~RemovedOnInterrupt() = default;
 
@@ -27,8 +31,10 @@ constexpr std::size_t kMaxPath = 4096;
 char removedPath[kMaxPath];
 volatile std::sig_atomic_t hasRemovedPath = 0;
 volatile std::sig_atomic_t isQuiet = 0;
+volatile std::sig_atomic_t endedChild = 0;
 
 extern "C" void EndByInterrupt(int signal) {
+    if (endedChild > 0 && kill(endedChild, SIGTERM) == 0) waitpid(endedChild, nullptr, 0);
     if (hasRemovedPath != 0) unlink(removedPath);
     constexpr char kLine[] = "quorlan: interrupted\n";
     if (isQuiet == 0 && write(STDERR_FILENO, kLine, sizeof(kLine) - 1) < 0) isQuiet = 1;  // no more can be done
@@ -46,12 +52,17 @@ void PrepareSignals() {
     }
 }
 
-void LeaveInterruptsToTheParent() {
+void LeaveInterruptsToTheParent(int parent) {
     isQuiet = 1;
 #if defined(__linux__)
-    prctl(PR_SET_PDEATHSIG, SIGTERM);
+    prctl(PR_SET_PDEATHSIG, SIGTERM);              // where no handler can tell: the parent was killed
 #endif
+    if (getppid() != parent) _exit(EXIT_FAILURE);  // before the line above took effect
 }
+
+EndedOnInterrupt::EndedOnInterrupt(int child) { endedChild = child; }
+
+EndedOnInterrupt::~EndedOnInterrupt() { endedChild = 0; }
 
 RemovedOnInterrupt::RemovedOnInterrupt(std::string const& path) {
     if (path.size() >= kMaxPath) return;

@@ -9,8 +9,19 @@ namespace QuorlanProgram {
 /// caller ignores stays ignored.
 void PrepareSignals();
 
-/// For a child process: an interrupt of the parent ends it too, and it says nothing of its own.
-void LeaveInterruptsToTheParent();
+/// For a child process, with the number of its parent: an interrupt of the parent ends it too, and it says nothing of
+/// its own.
+void LeaveInterruptsToTheParent(int parent);
+
+/// While it lives, an interrupt ends the process `child` first and waits for it, so that nothing of it is left when the
+/// program has ended. One at a time.
+class EndedOnInterrupt {
+public:
+    explicit EndedOnInterrupt(int child);
+    EndedOnInterrupt(EndedOnInterrupt const&) = delete;
+    EndedOnInterrupt& operator=(EndedOnInterrupt const&) = delete;
+    ~EndedOnInterrupt();
+};
 
 /// While it lives, an interrupt removes the file `path`. One at a time.
 class RemovedOnInterrupt {
