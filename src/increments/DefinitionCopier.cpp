@@ -73,6 +73,8 @@ void DefinitionCopier::SetSource(IGeometryReader const& source, std::vector<bool
     storedSource_ = stored == nullptr || writer_ == nullptr ? nullptr : &stored->GetGeometry();
     target_.known.reset();
     scanner_ = ShapeScanner();
+    wanted_ = &wanted;
+    scannedCount_ = nextScanned_ = scannedEnd_ = 0;
     if (storedSource_ == nullptr) return;
     std::array<std::size_t, 3> counts{};
     for (std::uint32_t i = 0; i < wanted.size(); ++i) {
@@ -88,12 +90,29 @@ void DefinitionCopier::SetSource(IGeometryReader const& source, std::vector<bool
 
 std::uint32_t DefinitionCopier::Copy(std::uint32_t definition, std::optional<DefinitionMove>& move) {
     if (storedSource_ == nullptr) return CopyRead(definition, move);
-    auto const& info = *storedSource_->definitions()->Get(definition);
-    auto const kind = FindBRepKind(info.kind());
-    if (!kind) return CopyRead(definition, move);
-    if (info.kindIndex() >= CountShapes(*storedSource_, *kind)) return kInvalidIndex;
-    auto const shape = FindBRep(*storedSource_, info.kind(), info.kindIndex());
-    return shape ? CopyStored(*kind, *shape, move) : kInvalidIndex;
+    if (definition >= scannedEnd_) ScanAhead(definition);
+    if (nextScanned_ < scannedCount_ && scanned_[nextScanned_].definition == definition) {
+        return CopyStored(scanned_[nextScanned_++], move);
+    }
+    bool const isBRep = FindBRepKind(storedSource_->definitions()->Get(definition)->kind()).has_value();
+    return isBRep ? kInvalidIndex : CopyRead(definition, move);
+}
+
+/// Scans the BReps among the next definitions, so that what the sieve holds of each is at hand once it is asked.
+void DefinitionCopier::ScanAhead(std::uint32_t definition) {
+    scannedCount_ = nextScanned_ = 0;
+    scannedEnd_ = static_cast<std::uint32_t>(std::min<std::size_t>(wanted_->size(), definition + 4 * kScannedAhead));
+    for (std::uint32_t i = definition; i < scannedEnd_; ++i) {
+        if (!(*wanted_)[i]) continue;
+        auto const& info = *storedSource_->definitions()->Get(i);
+        auto const kind = FindBRepKind(info.kind());
+        if (!kind || info.kindIndex() >= CountShapes(*storedSource_, *kind)) continue;
+        auto const shape = FindBRep(*storedSource_, info.kind(), info.kindIndex());
+        if (!shape) continue;
+        scanned_[scannedCount_++] = {i, *kind, *shape, scanner_.Scan(*shape)};
+        SieveOf(*kind).Prefetch(scanned_[scannedCount_ - 1].scan.sketch);
+        if (scannedCount_ == kScannedAhead) scannedEnd_ = i + 1;
+    }
 }
 
 /// Copies through the public operations of the source.
@@ -129,8 +148,8 @@ std::uint32_t DefinitionCopier::Add(Content const& content, Shape const& shape, 
     return index;
 }
 
-std::uint32_t DefinitionCopier::CopyStored(BRepKind kind, BRepView const& shape, std::optional<DefinitionMove>& move) {
-    ShapeScan const scan = scanner_.Scan(shape);
+std::uint32_t DefinitionCopier::CopyStored(Scanned const& scanned, std::optional<DefinitionMove>& move) {
+    auto const& [definition, kind, shape, scan] = scanned;
     if (!scan.isSound) return kInvalidIndex;
 
     // What is not a finite number agrees with nothing, so that such a shape is neither a copy nor has copies.

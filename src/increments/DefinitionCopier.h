@@ -28,7 +28,8 @@ public:
     /// the target writes its buffer.
     void BorrowShapes();
 
-    /// Announces the definitions that are about to be copied, and where from.
+    /// Announces the definitions that are about to be copied, in ascending order, and where from. REQUIRES: both stay
+    /// until they have been copied.
     void SetSource(IGeometryReader const& source, std::vector<bool> const& wanted);
 
     /// RETURNS the index of the definition, kInvalidIndex for none. `move` is set where its shape was moved.
@@ -68,8 +69,17 @@ private:
         IGeometryDefinitionBuilder& target_;
     };
 
+    /// A stored BRep that is about to be copied.
+    struct Scanned {
+        std::uint32_t definition = 0;
+        BRepKind kind = BRepKind::kPlain;
+        BRepView shape;
+        ShapeScan scan;
+    };
+
+    void ScanAhead(std::uint32_t definition);
     std::uint32_t CopyRead(std::uint32_t definition, std::optional<DefinitionMove>& move);
-    std::uint32_t CopyStored(BRepKind kind, BRepView const& shape, std::optional<DefinitionMove>& move);
+    std::uint32_t CopyStored(Scanned const& scanned, std::optional<DefinitionMove>& move);
     std::uint32_t CopySearching(BRepKind kind, BRepView const& shape, std::optional<DefinitionMove>& move);
 
     template <class Content, class Shape>
@@ -86,7 +96,16 @@ private:
     UniqueGeometryDefinitionBuilder unique_{target_};
     IGeometryReader const* source_ = nullptr;
     Schema::Geometry const* storedSource_ = nullptr;  ///< the source's tables, if it reads a buffer
-    ShapeScanner scanner_;                            ///< of the source
+    std::vector<bool> const* wanted_ = nullptr;
+    ShapeScanner scanner_;  ///< of the source
+
+    // The wanted BReps among the next definitions, and which of them is next.
+    static constexpr std::size_t kScannedAhead = 16;
+    std::array<Scanned, kScannedAhead> scanned_;
+    std::size_t scannedCount_ = 0;
+    std::size_t nextScanned_ = 0;
+    std::uint32_t scannedEnd_ = 0;  ///< one behind the last definition that was looked at
+
     bool isSieving_ = true;
     std::array<ShapeSieve, 3> sieves_;  ///< by BRepKind
     std::vector<GeometryDefinitionIndex_t> waiting_;

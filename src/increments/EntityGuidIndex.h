@@ -44,14 +44,22 @@ public:
     LargeVector<entry_s> const& GetEntries() const { return entries_; }
 
 private:
+    class Batch;
+
+    void AddAll(IModelReader const& reader);
     void AddAll(BufferModelReader const& reader);
     void Reserve(std::uint32_t count);
-    void Add(_GUID const& guid, OwnerHistoryChangeAction action, EntityIndex_t entity);
+    void Add(entry_s const& entry);
     entry_s const* Find(_GUID const& guid, std::uint64_t hash) const;
     std::size_t FindSlot(_GUID const& guid, std::uint64_t hash) const;
 
+    /// An index of the table fits the mask; the bits above hold those of the hash, so that an entry is hardly ever read
+    /// without being the one that is looked for.
+    std::uint32_t GetIndexMask() const { return static_cast<std::uint32_t>(slots_.size() - 1); }
+    std::uint32_t TagOf(std::uint64_t hash) const { return static_cast<std::uint32_t>(hash >> 32) & ~GetIndexMask(); }
+
     LargeVector<entry_s> entries_;
-    LargeVector<std::uint32_t> slots_;  ///< entry indices in an open hash table of a power of two; kInvalidIndex: free
+    LargeVector<std::uint32_t> slots_;  ///< tagged entry indices in an open hash table of a power of two, or kFree
 };
 
 }  // namespace Quorlan::Tools::Increments

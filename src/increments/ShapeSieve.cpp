@@ -190,7 +190,7 @@ bool ShapeSieve::FindSimilar(ShapeSketch const& sketch, std::vector<GeometryDefi
     for (std::int64_t i = CellOf(sketch.lengths[0] - radius_); i <= last0; ++i) {
         for (std::int64_t j = CellOf(sketch.lengths[1] - radius_); j <= last1; ++j) {
             Cell& cell = cells_[SlotOf(CellKey(sketch.topology, i, j))];
-            if (!cell.isOccupied) continue;
+            if (cell.key == kFree) continue;
             isSimilar |= cell.isTaken;
             if (cell.first != kNone) isSimilar |= TakeSimilar(cell, sketch);
         }
@@ -251,22 +251,21 @@ std::int64_t ShapeSieve::CellOf(double length) const {
 }
 
 std::uint64_t ShapeSieve::CellKey(std::uint64_t topology, std::int64_t cell0, std::int64_t cell1) {
-    return Mix(Mix(topology ^ static_cast<std::uint64_t>(cell0)) ^ static_cast<std::uint64_t>(cell1));
+    return Mix(Mix(topology ^ static_cast<std::uint64_t>(cell0)) ^ static_cast<std::uint64_t>(cell1)) | 1;
 }
 
 /// The slot of the key, or the free one where it belongs.
 std::size_t ShapeSieve::SlotOf(std::uint64_t key) const {
     std::size_t const mask = cells_.size() - 1;
-    std::size_t slot = key & mask;
-    while (cells_[slot].isOccupied && cells_[slot].key != key) slot = (slot + 1) & mask;
+    std::size_t slot = FirstSlotOf(key);
+    while (cells_[slot].key != kFree && cells_[slot].key != key) slot = (slot + 1) & mask;
     return slot;
 }
 
 ShapeSieve::Cell& ShapeSieve::FindOrAdd(std::uint64_t key) {
     if (2 * (occupiedCount_ + 1) > cells_.size()) GrowTo(2 * cells_.size());
     Cell& cell = cells_[SlotOf(key)];
-    if (!cell.isOccupied) {
-        cell.isOccupied = true;
+    if (cell.key == kFree) {
         cell.key = key;
         ++occupiedCount_;
     }
@@ -276,7 +275,7 @@ ShapeSieve::Cell& ShapeSieve::FindOrAdd(std::uint64_t key) {
 void ShapeSieve::GrowTo(std::size_t size) {
     LargeVector<Cell> const old = std::exchange(cells_, LargeVector<Cell>(size));
     for (Cell const& cell : old) {
-        if (cell.isOccupied) cells_[SlotOf(cell.key)] = cell;
+        if (cell.key != kFree) cells_[SlotOf(cell.key)] = cell;
     }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "geometry/Lanes.h"
 #include "model/LargePages.h"
 #include "model/ShapeBlock.h"
 
@@ -56,6 +57,9 @@ public:
     /// `tolerance` [model units]: how far a vertex may lie from its counterpart.
     explicit ShapeSieve(double tolerance);
 
+    /// Lets the processor fetch what the other operations will read for a shape.
+    void Prefetch(ShapeSketch const& sketch) const { QUORLAN_PREFETCH(&cells_[FirstSlotOf(CellKey(sketch))]); }
+
     /// Whether a shape that came before may be similar. Appends the waiting ones, which wait no longer.
     bool FindSimilar(ShapeSketch const& sketch, std::vector<GeometryDefinitionIndex_t>& waiting);
 
@@ -81,17 +85,20 @@ private:
     };
 
     struct Cell {
-        std::uint64_t key = 0;
+        std::uint64_t key = kFree;
         std::uint32_t first = kNone;  ///< the first that waits
         bool isTaken = false;         ///< has held a shape that does not wait
-        bool isOccupied = false;      ///< the slot of the table is in use
     };
+
+    /// What no key is, because all keys are odd.
+    static constexpr std::uint64_t kFree = 0;
 
     static std::uint64_t CellKey(std::uint64_t topology, std::int64_t cell0, std::int64_t cell1);
     std::uint64_t CellKey(ShapeSketch const& sketch) const {
         return CellKey(sketch.topology, CellOf(sketch.lengths[0]), CellOf(sketch.lengths[1]));
     }
     std::int64_t CellOf(double length) const;
+    std::size_t FirstSlotOf(std::uint64_t key) const { return (key >> 1) & (cells_.size() - 1); }
     std::size_t SlotOf(std::uint64_t key) const;
     Cell& FindOrAdd(std::uint64_t key);
     void GrowTo(std::size_t size);

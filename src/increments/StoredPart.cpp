@@ -207,8 +207,9 @@ std::size_t StoredPart::EstimateSize() const {
 void StoredPart::WriteEntities(ElementWriter<Schema::EntityRecord>& out) const {
     std::uint32_t guid = first_.guid;
     std::uint32_t text = first_.text;
+    bool const haveAllText = next_.text - first_.text == copies_.GetAll().size();
     for (auto const& copy : copies_.GetAll()) {
-        bool const hasText = !ViewOf(FindText(copy.source)).empty();
+        bool const hasText = haveAllText || !ViewOf(FindText(copy.source)).empty();
         auto const& record = *model_.entities()->records()->Get(copy.source);
         out.Add({0u, guid++, hasText ? text++ : kInvalidIndex, 0u, record.placement()});
     }

@@ -98,6 +98,7 @@ public:
 
     /// The tables that the readers read.
     Schema::Model const& GetModel() const { return model_; }
+    BufferEntityReader const& GetStoredEntities() const { return entities_; }
     BufferPropertyReader const& GetStoredProperties() const { return properties_; }
 
     IEntityReader const& GetEntities() const override { return entities_; }

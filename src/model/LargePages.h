@@ -28,8 +28,10 @@ struct LargePageAllocator {
 
     T* allocate(std::size_t count) {
         if (!IsLarge(count)) return std::allocator<T>().allocate(count);
-        void* const bytes = ::operator new(count * sizeof(T), std::align_val_t(kLargePageSize));
-        AdviseLargePages(bytes, count * sizeof(T));
+        // Rounded up, so that the last page is a large one too.
+        std::size_t const size = (count * sizeof(T) + kLargePageSize - 1) / kLargePageSize * kLargePageSize;
+        void* const bytes = ::operator new(size, std::align_val_t(kLargePageSize));
+        AdviseLargePages(bytes, size);
         return static_cast<T*>(bytes);
     }
 
