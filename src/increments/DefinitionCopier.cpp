@@ -32,11 +32,12 @@ std::optional<BRepKind> FindBRepKind(std::uint32_t definitionKind) {
     }
 }
 
-std::uint32_t CountShapes(Schema::Geometry const& geometry, BRepKind kind) {
+/// The table of a shape, or null. Nothing of it is read.
+void const* FindTable(Schema::Geometry const& geometry, BRepKind kind, std::uint32_t index) {
     switch (kind) {
-        case BRepKind::kWithUV: return CountOf(geometry.brepsWithUV());
-        case BRepKind::kWithNormal: return CountOf(geometry.brepsWithNormal());
-        default: return CountOf(geometry.facetedBReps());
+        case BRepKind::kWithUV: return FindElement(geometry.brepsWithUV(), index);
+        case BRepKind::kWithNormal: return FindElement(geometry.brepsWithNormal(), index);
+        default: return FindElement(geometry.facetedBReps(), index);
     }
 }
 
@@ -71,6 +72,7 @@ void DefinitionCopier::SetSource(IGeometryReader const& source, std::vector<bool
     source_ = &source;
     auto const* const stored = dynamic_cast<BufferGeometryReader const*>(&source);
     storedSource_ = stored == nullptr || writer_ == nullptr ? nullptr : &stored->GetGeometry();
+    sourceScans_ = storedSource_ == nullptr ? nullptr : stored->GetScans();
     target_.known.reset();
     scanner_ = ShapeScanner();
     wanted_ = &wanted;
@@ -106,11 +108,17 @@ void DefinitionCopier::ScanAhead(std::uint32_t definition) {
         if (!(*wanted_)[i]) continue;
         auto const& info = *storedSource_->definitions()->Get(i);
         auto const kind = FindBRepKind(info.kind());
-        if (!kind || info.kindIndex() >= CountShapes(*storedSource_, *kind)) continue;
-        auto const shape = FindBRep(*storedSource_, info.kind(), info.kindIndex());
-        if (!shape) continue;
-        scanned_[scannedCount_++] = {i, *kind, *shape, scanner_.Scan(*shape)};
-        SieveOf(*kind).Prefetch(scanned_[scannedCount_ - 1].scan.sketch);
+        void const* const table = kind ? FindTable(*storedSource_, *kind, info.kindIndex()) : nullptr;
+        if (table == nullptr) continue;
+        ShapeScan const* scan = nullptr;
+        if (sourceScans_ != nullptr) {
+            scan = &(*sourceScans_)[info.kind()][info.kindIndex()];
+        } else {
+            scans_[scannedCount_] = scanner_.Scan(MakeView(*kind, table));
+            scan = &scans_[scannedCount_];
+        }
+        SieveOf(*kind).Prefetch(scan->sketch);
+        scanned_[scannedCount_++] = {i, *kind, table, scan};
         if (scannedCount_ == kScannedAhead) scannedEnd_ = i + 1;
     }
 }
@@ -149,24 +157,26 @@ std::uint32_t DefinitionCopier::Add(Content const& content, Shape const& shape, 
 }
 
 std::uint32_t DefinitionCopier::CopyStored(Scanned const& scanned, std::optional<DefinitionMove>& move) {
-    auto const& [definition, kind, shape, scan] = scanned;
+    auto const kind = scanned.kind;
+    ShapeScan const& scan = *scanned.scan;
     if (!scan.isSound) return kInvalidIndex;
 
     // What is not a finite number agrees with nothing, so that such a shape is neither a copy nor has copies.
-    if (!scan.isFinite) return CopySearching(kind, shape, move);
+    auto const search = [&] { return CopySearching(kind, MakeView(kind, scanned.table), move); };
+    if (!scan.isFinite) return search();
     if (LargestCoordinate(scan) > kLargestCoordinate * ToleranceOf(kind)) StopSieving();
-    if (!isSieving_) return CopySearching(kind, shape, move);
+    if (!isSieving_) return search();
 
     ShapeSieve& sieve = SieveOf(kind);
     waiting_.clear();
     bool const isAlone = !sieve.FindSimilar(scan.sketch, waiting_);
     if (isAlone && scan.isStorable && (kind != BRepKind::kPlain || IsNearItsOrigin(scan))) {
-        auto const index = writer_->AddStored(kind, shape, scan.counts, scan.isRun, scan.min, scan.max);
+        auto const index = writer_->AddStored(kind, scanned.table, scan.counts, scan.isRun, scan.min, scan.max);
         sieve.Wait(scan.sketch, index);
         return static_cast<std::uint32_t>(index);
     }
     MakeKnown(kind, waiting_);
-    std::uint32_t const index = CopySearching(kind, shape, move);
+    std::uint32_t const index = search();
     if (target_.hasWritten) sieve.Remember(scan.sketch);
     return index;
 }

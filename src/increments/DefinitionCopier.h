@@ -73,8 +73,8 @@ private:
     struct Scanned {
         std::uint32_t definition = 0;
         BRepKind kind = BRepKind::kPlain;
-        BRepView shape;
-        ShapeScan scan;
+        void const* table = nullptr;
+        ShapeScan const* scan = nullptr;
     };
 
     void ScanAhead(std::uint32_t definition);
@@ -96,12 +96,14 @@ private:
     UniqueGeometryDefinitionBuilder unique_{target_};
     IGeometryReader const* source_ = nullptr;
     Schema::Geometry const* storedSource_ = nullptr;  ///< the source's tables, if it reads a buffer
+    ShapeScans const* sourceScans_ = nullptr;         ///< of the source's BReps; null for none
     std::vector<bool> const* wanted_ = nullptr;
     ShapeScanner scanner_;  ///< of the source
 
     // The wanted BReps among the next definitions, and which of them is next.
     static constexpr std::size_t kScannedAhead = 16;
     std::array<Scanned, kScannedAhead> scanned_;
+    std::array<ShapeScan, kScannedAhead> scans_;  ///< where the source has none
     std::size_t scannedCount_ = 0;
     std::size_t nextScanned_ = 0;
     std::uint32_t scannedEnd_ = 0;  ///< one behind the last definition that was looked at

@@ -12,8 +12,8 @@ OpenedModel::OpenedModel(std::vector<char> const& buffer) {
     constexpr std::size_t kAlignment = 8;
     bool const isAligned = reinterpret_cast<std::uintptr_t>(buffer.data()) % kAlignment == 0;
     if (!isAligned) copy_ = buffer;
-    auto const* const model = OpenUntrustedModel(isAligned ? buffer : copy_);
-    if (model != nullptr) reader_.emplace(*model);
+    auto const* const model = OpenUntrustedModel(isAligned ? buffer : copy_, &scans_);
+    if (model != nullptr) reader_.emplace(*model, &scans_);
 }
 
 std::vector<char> const& SelectBase(std::vector<char> const& buffer, std::vector<char>& empty) {

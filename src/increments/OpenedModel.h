@@ -14,6 +14,8 @@ namespace Quorlan::Tools::Increments {
 class OpenedModel {
 public:
     explicit OpenedModel(std::vector<char> const& buffer);
+    OpenedModel(OpenedModel const&) = delete;
+    OpenedModel& operator=(OpenedModel const&) = delete;
 
     bool HasError() const { return !reader_; }
 
@@ -22,6 +24,7 @@ public:
 
 private:
     std::vector<char> copy_;  ///< of bytes that do not stand where their numbers are aligned
+    ShapeScans scans_;
     std::optional<BufferModelReader> reader_;
 };
 

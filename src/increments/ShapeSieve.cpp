@@ -1,20 +1,11 @@
 #include "increments/ShapeSieve.h"
 
-#include "geometry/Lanes.h"
-
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <utility>
 
 namespace Quorlan::Tools::Increments {
 namespace {
-
-using GeometryObjectLib::Float4;
-using LoopVector = flatbuffers::Vector<std::uint16_t>;
-
-constexpr std::uint32_t kMinVertexCount = 3;
-constexpr std::uint32_t kMaxVertexCount = 65536;
 
 /// A length is the sum of two distances, each of which may differ by two tolerances from shape to copy. Two shapes with
 /// a common copy thus differ by at most eight; the rest is for rounding.
@@ -28,156 +19,7 @@ std::uint64_t Mix(std::uint64_t value) {
     return value ^ value >> 32;
 }
 
-/// The position at an address, with whatever follows it in the fourth lane.
-Float4 LoadPosition(std::uint8_t const* bytes) {
-    float values[4];
-    std::memcpy(values, bytes, sizeof(values));
-    return {values[0], values[1], values[2], values[3]};
-}
-
-/// Bounds as `StoredBounds` finds them, and whether all positions are finite.
-void ScanPositions(BRepView const& shape, ShapeScan& scan) {
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    Float4 const zero(0.0f);
-    Float4 lo(kInfinity);
-    Float4 hi(-kInfinity);
-    Float4 sum = zero;
-    auto const add = [&](Float4 const& position) {
-        lo = Min(lo, position);
-        hi = Max(hi, position);
-        sum = sum + position * zero;
-    };
-    std::uint32_t const last = shape.vertexCount - 1;
-    std::uint8_t const* bytes = shape.vertices;
-    for (std::uint32_t i = 0; i < last; ++i, bytes += shape.vertexStride) add(LoadPosition(bytes));
-    Vector3f const end = shape.GetPosition(last);
-    add({end.x, end.y, end.z, 0});
-
-    float corners[3][4];
-    Store(lo, corners[0]);
-    Store(hi, corners[1]);
-    Store(sum, corners[2]);
-    scan.min = {corners[0][0], corners[0][1], corners[0][2]};
-    scan.max = {corners[1][0], corners[1][1], corners[1][2]};
-    scan.isFinite = corners[2][0] == 0 && corners[2][1] == 0 && corners[2][2] == 0;
-}
-
-void MeasureLengths(BRepView const& shape, ShapeSketch& sketch) {
-    std::uint32_t const middle = shape.vertexCount / 2;
-    std::uint32_t const last = shape.vertexCount - 1;
-    auto const distance = [&shape](std::uint32_t a, std::uint32_t b) {
-        using GeometryObjectLib::ToVertex;
-        return Length(ToVertex(shape.GetPosition(a)) - ToVertex(shape.GetPosition(b)));
-    };
-    sketch.lengths[0] = distance(last, 0) + distance(middle, 1);
-    sketch.lengths[1] = distance(middle, 0) + distance(last, 1);
-}
-
 }  // namespace
-
-/// Follows the parts of a shape and compares where they stand with where `ShapeWriter` puts them.
-class ShapeScanner::Walk {
-public:
-    Walk(ShapeScanner& scanner, BRepView const& shape)
-        : scanner_(scanner), next_(static_cast<std::uint8_t const*>(shape.table) + kShapeTableSize) {
-        isRun_ = scanner_.shapeLayout_.Accepts(shape.table);
-    }
-
-    template <class Vector>
-    void VisitVector(Vector const* vector) {
-        Expect(vector);
-        next_ += 4 + 4 * std::size_t{CountOf(vector)};
-    }
-
-    /// A face or a hole, whose table takes `tableSize` bytes.
-    void VisitPart(KnownLayout& layout, void const* table, LoopVector const* loop, std::size_t tableSize) {
-        Expect(table);
-        isRun_ = isRun_ && layout.Accepts(table);
-        next_ += tableSize;
-        Expect(loop);
-        std::uint32_t const count = CountOf(loop);
-        std::size_t const words = ShapeCounts::ToWords(count);
-        loopWords_ += words;
-        indexCount_ += count;
-        if (count == 0) {
-            next_ += 4;
-            return;
-        }
-        std::uint8_t const* const indices = loop->Data();
-        for (std::uint32_t i = 0; i < count; ++i) {
-            largest_ = std::max<std::uint32_t>(largest_, flatbuffers::ReadScalar<std::uint16_t>(indices + 2 * i));
-        }
-        padding_ = count % 2 == 1 ? indices + 2 * count : nullptr;
-        next_ += 4 + 4 * words;
-    }
-
-    void RequireZero(std::uint8_t const* padding) {
-        isRun_ = isRun_ && flatbuffers::ReadScalar<std::uint16_t>(padding) == 0;
-    }
-
-    void VisitVertices(std::uint8_t const* vertices) { Expect(vertices - 4); }
-
-    bool IsRun() const { return isRun_; }
-    bool IsSound(std::uint32_t vertexCount) const { return indexCount_ == 0 || largest_ < vertexCount; }
-    std::size_t GetLoopWords() const { return loopWords_; }
-    std::uint64_t GetIndexCount() const { return indexCount_; }
-
-private:
-    static constexpr std::size_t kShapeTableSize = 16;
-
-    /// What rounds up the loop before is looked at only once something stands behind it.
-    void Expect(void const* part) {
-        isRun_ = isRun_ && part == next_;
-        if (isRun_ && padding_ != nullptr) RequireZero(padding_);
-        padding_ = nullptr;
-    }
-
-    ShapeScanner& scanner_;
-    std::uint8_t const* next_;
-    std::uint8_t const* padding_ = nullptr;  ///< of the loop before, if it has an odd number of indices
-    bool isRun_ = false;
-    std::uint32_t largest_ = 0;
-    std::size_t loopWords_ = 0;
-    std::uint64_t indexCount_ = 0;
-};
-
-ShapeScan ShapeScanner::Scan(BRepView const& shape) {
-    ShapeScan scan;
-    if (shape.vertices == nullptr) return scan;
-    ShapeCounts& counts = scan.counts;
-    counts = {CountOf(shape.faces), CountOf(shape.holes), shape.vertexCount, 0};
-
-    Walk walk(*this, shape);
-    walk.VisitVector(shape.faces);
-    for (std::uint32_t i = 0; i < counts.faces; ++i) {
-        auto const* const face = shape.faces->Get(i);
-        walk.VisitPart(faceLayout_, face, face->outerLoop(), 8);
-    }
-    walk.VisitVector(shape.holes);
-    bool isSorted = true;
-    std::uint16_t previousFace = 0;
-    for (std::uint32_t i = 0; i < counts.holes; ++i) {
-        auto const* const hole = shape.holes->Get(i);
-        walk.VisitPart(holeLayout_, hole, hole->innerLoop(), 12);
-        if (walk.IsRun()) walk.RequireZero(reinterpret_cast<std::uint8_t const*>(hole) + 6);
-        isSorted &= previousFace <= hole->face();
-        previousFace = hole->face();
-    }
-    walk.VisitVertices(shape.vertices);
-    counts.loopWords = static_cast<std::uint32_t>(walk.GetLoopWords());
-    scan.isSound = walk.IsSound(shape.vertexCount);
-    scan.isRun = walk.IsRun();
-    scan.isStorable =
-        scan.isSound && isSorted && shape.vertexCount >= kMinVertexCount && shape.vertexCount <= kMaxVertexCount;
-    if (shape.vertexCount >= 2) {
-        ScanPositions(shape, scan);
-        MeasureLengths(shape, scan.sketch);
-    }
-    scan.sketch.topology =
-        Mix(Mix((std::uint64_t{counts.faces} << 32 | counts.vertices) ^ std::uint64_t{counts.holes} << 48) ^
-            walk.GetIndexCount());
-    return scan;
-}
 
 ShapeSieve::ShapeSieve(double tolerance)
     : cellsPerUnit_(1 / (kCellWidthInTolerances * tolerance)), radius_(kRadiusInTolerances * tolerance), cells_(64) {}

@@ -2,7 +2,7 @@
 
 #include "geometry/Lanes.h"
 #include "model/LargePages.h"
-#include "model/ShapeBlock.h"
+#include "model/ShapeScan.h"
 
 #include <Quorlan/ModelTypes.h>
 
@@ -10,41 +10,6 @@
 #include <vector>
 
 namespace Quorlan::Tools::Increments {
-
-/// Measures of a shape that all its rigid copies share.
-///
-/// A copy has, position by position, the distances between the vertices of the shape, to two tolerances each, and the
-/// same loops. Each of the two lengths is the sum of two distances.
-struct ShapeSketch {
-    std::uint64_t topology = 0;  ///< a hash of the numbers of faces, holes, vertices and indices
-    double lengths[2] = {0, 0};  ///< [model units]
-};
-
-/// What one pass over a stored BRep tells.
-struct ShapeScan {
-    ShapeCounts counts;
-    ShapeSketch sketch;
-    Schema::Vector3 min;
-    Schema::Vector3 max;
-    bool isSound = false;     ///< has vertices, and all indices are in range
-    bool isFinite = false;    ///< all positions are finite numbers
-    bool isStorable = false;  ///< sound, with at least 3 vertices and no more than a buffer holds, and with the holes
-                              ///< in the order of their faces
-    bool isRun = false;       ///< stands as one run of bytes, as `ShapeWriter` writes it
-};
-
-/// Scans the shapes of one buffer.
-class ShapeScanner {
-public:
-    ShapeScan Scan(BRepView const& shape);
-
-private:
-    class Walk;
-
-    KnownLayout shapeLayout_{ShapeLayouts::GetShapeLayout()};
-    KnownLayout faceLayout_{ShapeLayouts::GetFaceLayout()};
-    KnownLayout holeLayout_{ShapeLayouts::GetHoleLayout()};
-};
 
 /// Tells which of many shapes may be copies of one another, from their sketches alone, so that the others need not be
 /// compared: in a model whose shapes are distinct, that is nearly all of them.

@@ -22,8 +22,8 @@ bool AreInstancesPlaced(Schema::Model const& model) {
 
 }  // namespace
 
-Schema::Model const* OpenUntrustedModel(std::vector<char> const& buffer) {
-    auto const model = VerifyBuffer(buffer);
+Schema::Model const* OpenUntrustedModel(std::vector<char> const& buffer, ShapeScans* scans) {
+    auto const model = VerifyBuffer(buffer, scans);
     bool const isSafe = model.root != nullptr && AreInstancesPlaced(*model.root) && IsCopyBounded(model, buffer.size());
     return isSafe ? model.root : nullptr;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "model/ModelView.h"
+#include "model/ShapeScan.h"
 
 #include <Quorlan/IModelReader.h>
 
@@ -28,7 +29,8 @@ private:
 
 class BufferGeometryReader final : public IGeometryReader {
 public:
-    explicit BufferGeometryReader(Schema::Model const& model) : geometry_(*model.geometry()) {}
+    explicit BufferGeometryReader(Schema::Model const& model, ShapeScans const* scans)
+        : geometry_(*model.geometry()), scans_(scans) {}
 
     std::uint32_t GetInstanceCount() const override;
     void GetInstance(InstanceRecord& out, std::uint32_t instance) const override;
@@ -52,10 +54,14 @@ public:
     /// The tables that the operations read.
     Schema::Geometry const& GetGeometry() const { return geometry_; }
 
+    /// What is known of the buffer's BReps; null for nothing.
+    ShapeScans const* GetScans() const { return scans_; }
+
 private:
     Schema::GeometryDefinitionInfo const* FindDefinition(std::uint32_t definition) const;
 
     Schema::Geometry const& geometry_;
+    ShapeScans const* scans_;
 };
 
 class BufferPropertyReader final : public IPropertyReader {
@@ -93,8 +99,9 @@ private:
 
 class BufferModelReader final : public IModelReader {
 public:
-    explicit BufferModelReader(Schema::Model const& model)
-        : model_(model), entities_(model), geometry_(model), properties_(model), ownerHistories_(model) {}
+    /// REQUIRES: `scans`, where not null, are those of the model's BReps and outlive the reader.
+    explicit BufferModelReader(Schema::Model const& model, ShapeScans const* scans = nullptr)
+        : model_(model), entities_(model), geometry_(model, scans), properties_(model), ownerHistories_(model) {}
 
     /// The tables that the readers read.
     Schema::Model const& GetModel() const { return model_; }

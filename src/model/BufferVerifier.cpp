@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <type_traits>
 
 namespace Quorlan {
 namespace {
@@ -62,6 +63,11 @@ public:
         return true;
     }
 
+    std::size_t GetFacesLeft() const { return facesLeft_; }
+
+    /// Counts faces that were verified elsewhere. REQUIRES: they are not more than are left.
+    void Count(std::size_t faces) { facesLeft_ -= faces; }
+
 private:
     template <class T>
     T Read(std::size_t at) const {
@@ -104,8 +110,8 @@ private:
 /// The generated verification, field by field in the same order, with the sizes of shapes taken on the way.
 class ModelVerifier {
 public:
-    ModelVerifier(std::vector<char> const& buffer, VerifiedModel& out)
-        : buffer_(buffer), verifier_(MakeVerifier(buffer)), faces_(buffer), out_(out) {}
+    ModelVerifier(std::vector<char> const& buffer, VerifiedModel& out, ShapeScans* scans)
+        : buffer_(buffer), verifier_(MakeVerifier(buffer)), faces_(buffer), runs_(buffer), out_(out), scans_(scans) {}
 
     bool VerifyModel(Schema::Model const& model) {
         auto const& table = AsTable(model);
@@ -171,13 +177,15 @@ private:
         if (!verifier_.VerifyVector(shapes)) return false;
         auto& sizes = out_.shapeSizes[kind];
         sizes.resize(CountOf(shapes));
+        if (scans_ != nullptr) (*scans_)[kind].resize(sizes.size());
         for (std::uint32_t i = 0; i < sizes.size(); ++i) {
-            if (!VerifyShape(*shapes->Get(i), sizes[i])) return false;
+            ShapeScan* const scan = scans_ == nullptr ? nullptr : &(*scans_)[kind][i];
+            if (!VerifyShape(*shapes->Get(i), sizes[i], scan)) return false;
         }
         return true;
     }
 
-    bool VerifyShape(Schema::GraphicsContainerTable const& container, std::uint64_t& size) {
+    bool VerifyShape(Schema::GraphicsContainerTable const& container, std::uint64_t& size, ShapeScan*) {
         if (!container.Verify(verifier_)) return false;
         size = std::uint64_t{CountOf(container.segments())} * sizeof(Schema::LineSegment) +
                std::uint64_t{CountOf(container.arcs())} * sizeof(Schema::ArcSegment);
@@ -185,15 +193,32 @@ private:
     }
 
     template <class Table>
-    bool VerifyShape(Table const& shape, std::uint64_t& size) {
+    bool VerifyShape(Table const& shape, std::uint64_t& size, ShapeScan* scan) {
+        using VertexStruct = std::remove_reference_t<decltype(*shape.vertices()->Get(0))>;
+        if (!AsTable(shape).VerifyTableStart(verifier_)) return false;
+        bool const isRun = scan != nullptr && runs_.Scan(&shape, sizeof(VertexStruct), faces_.GetFacesLeft(), *scan);
+        if (isRun) {
+            size = scan->indexCount * sizeof(std::uint16_t) + scan->counts.vertices * sizeof(VertexStruct);
+            faces_.Count(scan->counts.faces);
+            return CountHoles(shape.holes()) && verifier_.EndTable();
+        }
+        if (!VerifyParts(shape, size)) return false;
+        size += std::uint64_t{CountOf(shape.vertices())} * sizeof(VertexStruct);
+        if (scan != nullptr) {
+            runs_.Learn(BRepView(shape));
+            *scan = scanner_.Scan(BRepView(shape));
+        }
+        return true;
+    }
+
+    template <class Table>
+    bool VerifyParts(Table const& shape, std::uint64_t& size) {
         auto const& table = AsTable(shape);
-        bool const isSound = table.VerifyTableStart(verifier_) && table.VerifyOffset(verifier_, Table::VT_FACES) &&
-                             verifier_.VerifyVector(shape.faces()) && VerifyFaces(shape.faces(), size) &&
-                             table.VerifyOffset(verifier_, Table::VT_HOLES) && verifier_.VerifyVector(shape.holes()) &&
-                             VerifyHoles(shape.holes(), size) && table.VerifyOffset(verifier_, Table::VT_VERTICES) &&
-                             verifier_.VerifyVector(shape.vertices()) && verifier_.EndTable();
-        if (isSound) size += std::uint64_t{CountOf(shape.vertices())} * sizeof(*shape.vertices()->Get(0));
-        return isSound;
+        return table.VerifyOffset(verifier_, Table::VT_FACES) && verifier_.VerifyVector(shape.faces()) &&
+               VerifyFaces(shape.faces(), size) && table.VerifyOffset(verifier_, Table::VT_HOLES) &&
+               verifier_.VerifyVector(shape.holes()) && VerifyHoles(shape.holes(), size) &&
+               table.VerifyOffset(verifier_, Table::VT_VERTICES) && verifier_.VerifyVector(shape.vertices()) &&
+               verifier_.EndTable();
     }
 
     bool VerifyFaces(flatbuffers::Vector<flatbuffers::Offset<Schema::FaceTable>> const* faces, std::uint64_t& size) {
@@ -209,10 +234,21 @@ private:
         return true;
     }
 
+    /// Counts the tables of holes that were verified elsewhere as the verifier counts all others.
+    bool CountHoles(flatbuffers::Vector<flatbuffers::Offset<Schema::HoleTable>> const* holes) {
+        for (std::uint32_t i = 0; i < CountOf(holes); ++i) {
+            if (!AsTable(*holes->Get(i)).VerifyTableStart(verifier_) || !verifier_.EndTable()) return false;
+        }
+        return true;
+    }
+
     std::vector<char> const& buffer_;
     flatbuffers::Verifier verifier_;
     FaceVerifier faces_;
+    RunScanner runs_;
+    ShapeScanner scanner_;
     VerifiedModel& out_;
+    ShapeScans* scans_;
 };
 
 /// The verifier checks where a vector's length stands, not where its elements do.
@@ -315,10 +351,10 @@ std::uint64_t SizeOfContent(VerifiedModel const& model) {
 
 }  // namespace
 
-VerifiedModel VerifyBuffer(std::vector<char> const& buffer) {
+VerifiedModel VerifyBuffer(std::vector<char> const& buffer, ShapeScans* scans) {
     VerifiedModel result;
     if (buffer.size() < 8 || buffer.size() >= kMaxBufferSize || !HasModelIdentifier(buffer)) return result;
-    ModelVerifier verifier(buffer, result);
+    ModelVerifier verifier(buffer, result, scans);
     if (verifier.VerifyRootOffset() == 0) return result;
     auto const* const root = Schema::GetModel(buffer.data());
     if (!verifier.VerifyModel(*root)) return result;

@@ -140,15 +140,15 @@ GeometryDefinitionIndex_t DefinitionWriter::AddBRepWithUVs(
     });
 }
 
-GeometryDefinitionIndex_t DefinitionWriter::AddStored(BRepKind kind, BRepView const& shape, ShapeCounts const& counts,
+GeometryDefinitionIndex_t DefinitionWriter::AddStored(BRepKind kind, void const* table, ShapeCounts const& counts,
                                                       bool isRun, Schema::Vector3 const& min,
                                                       Schema::Vector3 const& max) {
     StoredShape stored{nullptr, static_cast<std::uint32_t>(bytes_.GetSize()), true, counts};
     if (isBorrowing_) {
-        stored.borrowed = shape.table;
+        stored.borrowed = table;
         stored.isRun = isRun;
     } else {
-        CopyShape(bytes_, layouts_, shape, counts);
+        CopyShape(bytes_, layouts_, MakeView(kind, table), counts);
     }
     auto& shapes = shapes_[static_cast<std::size_t>(kind)];
     shapes.push_back(stored);
@@ -164,8 +164,7 @@ void DefinitionWriter::Reserve(BRepKind kind, std::size_t count) {
     reserve(definitions);
 }
 
-BRepView DefinitionWriter::GetShape(BRepKind kind, std::size_t index) const {
-    void const* const table = GetTable(GetShapes(kind)[index]);
+BRepView MakeView(BRepKind kind, void const* table) {
     switch (kind) {
         case BRepKind::kWithUV: return BRepView(*static_cast<Schema::FacetedBRepWithUVTable const*>(table));
         case BRepKind::kWithNormal: return BRepView(*static_cast<Schema::FacetedBRepWithNormalTable const*>(table));

@@ -86,6 +86,9 @@ constexpr std::size_t StrideOf(BRepKind kind) {
     }
 }
 
+/// The BRep of a table.
+BRepView MakeView(BRepKind kind, void const* table);
+
 class DefinitionWriter final : public IGeometryDefinitionBuilder {
 public:
     DefinitionWriter() { bytes_.Align(4, 0); }
@@ -97,9 +100,9 @@ public:
     GeometryDefinitionIndex_t AddGraphicsContainer(GraphicsContainer const& graphics) override;
     GeometryDefinitionIndex_t AddBRep(FacetedBRep const& shape) override;
 
-    /// A BRep as a buffer holds it, with its counts and bounds; as one run of bytes if `isRun`.
+    /// A BRep's table as a buffer holds it, with its counts and bounds; as one run of bytes if `isRun`.
     /// REQUIRES: it has at most 65,536 vertices, its indices are in range and its holes in the order of their faces.
-    GeometryDefinitionIndex_t AddStored(BRepKind kind, BRepView const& shape, ShapeCounts const& counts, bool isRun,
+    GeometryDefinitionIndex_t AddStored(BRepKind kind, void const* table, ShapeCounts const& counts, bool isRun,
                                         Schema::Vector3 const& min, Schema::Vector3 const& max);
 
     /// From now on the bytes of what `AddStored` is given outlive the writer, which does not copy them.
@@ -110,7 +113,9 @@ public:
 
     /// The BRep of a definition that this writer holds; empty for line graphics.
     std::optional<BRepView> FindShape(GeometryDefinitionIndex_t definition) const;
-    BRepView GetShape(BRepKind kind, std::size_t index) const;
+    BRepView GetShape(BRepKind kind, std::size_t index) const {
+        return MakeView(kind, GetTable(GetShapes(kind)[index]));
+    }
 
     /// Appends a shape to a buffer with these layouts.
     void WriteShape(BufferSink& sink, ShapeLayouts const& layouts, BRepKind kind, std::size_t index) const;

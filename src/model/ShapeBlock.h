@@ -47,6 +47,9 @@ public:
         return true;
     }
 
+    /// Where the layout stands that was accepted last; null for none.
+    std::uint8_t const* GetAccepted() const { return accepted_; }
+
 private:
     std::vector<char> bytes_;
     std::uint8_t const* accepted_ = nullptr;

@@ -3,12 +3,16 @@
 #include "model/ModelView.h"
 #include "support/RawModel.h"
 #include "support/SeedModels.h"
+#include "support/Shapes.h"
+
+#include <Quorlan/ModelBuilder.h>
 
 #include <gtest/gtest.h>
 
 #include <cstring>
 #include <random>
 #include <string>
+#include <tuple>
 
 namespace Quorlan {
 namespace {
@@ -37,9 +41,47 @@ bool IsWholeAndAligned(std::vector<char> const& buffer) {
     return model.properties() == nullptr || !IsMisaligned(model.properties()->entries());
 }
 
+void ExpectEqual(ShapeScan const& a, ShapeScan const& b) {
+    auto const members = [](ShapeScan const& s) {
+        return std::tuple(s.counts.faces, s.counts.holes, s.counts.vertices, s.counts.loopWords, s.indexCount,
+                          s.sketch.topology, s.isSound, s.isFinite, s.isStorable, s.isRun);
+    };
+    EXPECT_EQ(members(a), members(b));
+    EXPECT_EQ(std::memcmp(a.sketch.lengths, b.sketch.lengths, sizeof(a.sketch.lengths)), 0);
+    EXPECT_EQ(std::memcmp(&a.min, &b.min, sizeof(a.min)), 0);
+    EXPECT_EQ(std::memcmp(&a.max, &b.max, sizeof(a.max)), 0);
+}
+
+/// RETURNS how many of the shapes are runs.
+template <class Shapes>
+std::size_t ExpectScans(LargeVector<ShapeScan> const& scans, Shapes const* shapes) {
+    EXPECT_EQ(scans.size(), CountOf(shapes));
+    ShapeScanner scanner;
+    std::size_t runs = 0;
+    for (std::uint32_t i = 0; i < CountOf(shapes); ++i) {
+        ExpectEqual(scans[i], scanner.Scan(BRepView(*shapes->Get(i))));
+        runs += scans[i].isRun ? 1 : 0;
+    }
+    return runs;
+}
+
+std::size_t ExpectScans(ShapeScans const& scans, Schema::Geometry const& geometry) {
+    return ExpectScans(scans[kFacetedBRep], geometry.facetedBReps()) +
+           ExpectScans(scans[kBRepWithUV], geometry.brepsWithUV()) +
+           ExpectScans(scans[kBRepWithNormal], geometry.brepsWithNormal());
+}
+
+/// The same with and without scanning; the scans are those of the shapes that have been verified.
 bool ExpectSameAsGenerated(std::vector<char> const& buffer) {
     bool const passes = PassesGeneratedVerifier(buffer) && IsWholeAndAligned(buffer);
-    EXPECT_EQ(VerifyBuffer(buffer).root != nullptr, passes);
+    auto const verified = VerifyBuffer(buffer);
+    EXPECT_EQ(verified.root != nullptr, passes);
+    ShapeScans scans;
+    auto const scanned = VerifyBuffer(buffer, &scans);
+    EXPECT_EQ(scanned.root, verified.root);
+    if (scanned.root == nullptr) return false;
+    EXPECT_EQ(scanned.shapeSizes, verified.shapeSizes);
+    ExpectScans(scans, *scanned.root->geometry());
     return passes;
 }
 
@@ -84,6 +126,53 @@ TEST(BufferVerifier, AFaceMayNotPutItsVtableBeforeTheBuffer) {
         auto const toVtable = static_cast<std::int32_t>(at + beyond);
         std::memcpy(buffer.data() + at, &toVtable, sizeof(toVtable));
         ExpectSameAsGenerated(buffer);
+    }
+}
+
+/// Shapes in a row, of one kind each, with a hole in every third.
+std::vector<char> WriteShapes(std::uint32_t count) {
+    ModelBuilder builder;
+    auto& definitions = builder.GetGeometryDefinitionBuilder();
+    for (std::uint32_t i = 0; i < count; ++i) {
+        auto shape = i % 3 == 0 ? TestSupport::MakePlateWithHole() : TestSupport::MakePrism(3 + i % 5, 1, 2);
+        std::vector<Vertex> const normals(shape.vertices.size(), {0, 0, 1});
+        std::vector<std::pair<float, float>> const uvs(shape.vertices.size(), {0.25f, 0.5f});
+        switch (i / 3 % 3) {
+            case 0: definitions.AddBRepWithNormals({&shape, &normals}); break;
+            case 1: definitions.AddBRepWithUVs({&shape, &uvs}); break;
+            default: definitions.AddBRep(shape);
+        }
+    }
+    return builder.Create();
+}
+
+TEST(BufferVerifier, ScansRunsInTheWalkThatVerifiesThem) {
+    auto const buffer = WriteShapes(30);
+    ShapeScans scans;
+    auto const model = VerifyBuffer(buffer, &scans);
+    ASSERT_NE(model.root, nullptr);
+    EXPECT_EQ(ExpectScans(scans, *model.root->geometry()), 30u);
+}
+
+TEST(BufferVerifier, RunsThatAreBrokenAnywhereAreVerifiedAsAllOthers) {
+    constexpr unsigned kSeed = 9;
+    SCOPED_TRACE("seed " + std::to_string(kSeed));
+    std::mt19937 random(kSeed);
+    auto const intact = WriteShapes(12);
+    auto const words = static_cast<std::uint32_t>(intact.size() / 4);
+    for (std::uint32_t word = 2; word < words; ++word) {
+        for (std::uint32_t const change : {1u, 4u, 0x10000u, 0xFFFFFFFFu, static_cast<std::uint32_t>(random())}) {
+            auto buffer = intact;
+            std::uint32_t value = 0;
+            std::memcpy(&value, buffer.data() + 4 * word, 4);
+            value += change;
+            std::memcpy(buffer.data() + 4 * word, &value, 4);
+            ExpectSameAsGenerated(buffer);
+            if (HasFailure()) FAIL() << "word " << word << " changed by " << change;
+        }
+    }
+    for (std::size_t size = 8; size < intact.size(); ++size) {
+        ExpectSameAsGenerated({intact.begin(), intact.begin() + static_cast<std::ptrdiff_t>(size)});
     }
 }
 

@@ -1,0 +1,286 @@
+#include "model/ShapeScan.h"
+
+#include "geometry/Lanes.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+#include <limits>
+
+namespace Quorlan {
+namespace {
+
+using GeometryObjectLib::Float4;
+using LoopVector = flatbuffers::Vector<std::uint16_t>;
+
+constexpr std::uint32_t kMinVertexCount = 3;
+constexpr std::uint32_t kMaxVertexCount = 65536;
+
+std::uint64_t Mix(std::uint64_t value) {
+    value = (value ^ value >> 32) * 0xD6E8FEB86659FD93;  // odd, half of its bits set
+    return value ^ value >> 32;
+}
+
+/// The position at an address, with whatever follows it in the fourth lane.
+Float4 LoadPosition(std::uint8_t const* bytes) {
+    float values[4];
+    std::memcpy(values, bytes, sizeof(values));
+    return {values[0], values[1], values[2], values[3]};
+}
+
+/// Bounds as `StoredBounds` finds them, and whether all positions are finite.
+void ScanPositions(BRepView const& shape, ShapeScan& scan) {
+    constexpr float kInfinity = std::numeric_limits<float>::infinity();
+    Float4 const zero(0.0f);
+    Float4 lo(kInfinity);
+    Float4 hi(-kInfinity);
+    Float4 sum = zero;
+    auto const add = [&](Float4 const& position) {
+        lo = Min(lo, position);
+        hi = Max(hi, position);
+        sum = sum + position * zero;
+    };
+    std::uint32_t const last = shape.vertexCount - 1;
+    std::uint8_t const* bytes = shape.vertices;
+    for (std::uint32_t i = 0; i < last; ++i, bytes += shape.vertexStride) add(LoadPosition(bytes));
+    Vector3f const end = shape.GetPosition(last);
+    add({end.x, end.y, end.z, 0});
+
+    float corners[3][4];
+    Store(lo, corners[0]);
+    Store(hi, corners[1]);
+    Store(sum, corners[2]);
+    scan.min = {corners[0][0], corners[0][1], corners[0][2]};
+    scan.max = {corners[1][0], corners[1][1], corners[1][2]};
+    scan.isFinite = corners[2][0] == 0 && corners[2][1] == 0 && corners[2][2] == 0;
+}
+
+void MeasureLengths(BRepView const& shape, ShapeSketch& sketch) {
+    std::uint32_t const middle = shape.vertexCount / 2;
+    std::uint32_t const last = shape.vertexCount - 1;
+    auto const distance = [&shape](std::uint32_t a, std::uint32_t b) {
+        using GeometryObjectLib::ToVertex;
+        return Length(ToVertex(shape.GetPosition(a)) - ToVertex(shape.GetPosition(b)));
+    };
+    sketch.lengths[0] = distance(last, 0) + distance(middle, 1);
+    sketch.lengths[1] = distance(middle, 0) + distance(last, 1);
+}
+
+/// What a scan finds out from the parts that it has followed.
+void Complete(ShapeScan& scan, BRepView const& shape, std::uint64_t indexCount, std::uint32_t largestIndex,
+              bool isSorted) {
+    scan.indexCount = indexCount;
+    scan.isSound = indexCount == 0 || largestIndex < shape.vertexCount;
+    scan.isStorable =
+        scan.isSound && isSorted && shape.vertexCount >= kMinVertexCount && shape.vertexCount <= kMaxVertexCount;
+    if (shape.vertexCount >= 2) {
+        ScanPositions(shape, scan);
+        MeasureLengths(shape, scan.sketch);
+    }
+    ShapeCounts const& counts = scan.counts;
+    scan.sketch.topology = Mix(
+        Mix((std::uint64_t{counts.faces} << 32 | counts.vertices) ^ std::uint64_t{counts.holes} << 48) ^ indexCount);
+}
+
+}  // namespace
+
+/// Follows the parts of a shape and compares where they stand with where `ShapeWriter` puts them.
+class ShapeScanner::Walk {
+public:
+    Walk(ShapeScanner& scanner, BRepView const& shape)
+        : scanner_(scanner), next_(static_cast<std::uint8_t const*>(shape.table) + kShapeTableSize) {
+        isRun_ = scanner_.shapeLayout_.Accepts(shape.table);
+    }
+
+    template <class Vector>
+    void VisitVector(Vector const* vector) {
+        Expect(vector);
+        next_ += 4 + 4 * std::size_t{CountOf(vector)};
+    }
+
+    /// A face or a hole, whose table takes `tableSize` bytes.
+    void VisitPart(KnownLayout& layout, void const* table, LoopVector const* loop, std::size_t tableSize) {
+        Expect(table);
+        isRun_ = isRun_ && layout.Accepts(table);
+        next_ += tableSize;
+        Expect(loop);
+        std::uint32_t const count = CountOf(loop);
+        std::size_t const words = ShapeCounts::ToWords(count);
+        loopWords_ += words;
+        indexCount_ += count;
+        if (count == 0) {
+            next_ += 4;
+            return;
+        }
+        std::uint8_t const* const indices = loop->Data();
+        for (std::uint32_t i = 0; i < count; ++i) {
+            largest_ = std::max<std::uint32_t>(largest_, flatbuffers::ReadScalar<std::uint16_t>(indices + 2 * i));
+        }
+        padding_ = count % 2 == 1 ? indices + 2 * count : nullptr;
+        next_ += 4 + 4 * words;
+    }
+
+    void RequireZero(std::uint8_t const* padding) {
+        isRun_ = isRun_ && flatbuffers::ReadScalar<std::uint16_t>(padding) == 0;
+    }
+
+    void VisitVertices(std::uint8_t const* vertices) { Expect(vertices - 4); }
+
+    bool IsRun() const { return isRun_; }
+    std::uint32_t GetLargestIndex() const { return largest_; }
+    std::size_t GetLoopWords() const { return loopWords_; }
+    std::uint64_t GetIndexCount() const { return indexCount_; }
+
+private:
+    static constexpr std::size_t kShapeTableSize = 16;
+
+    /// What rounds up the loop before is looked at only once something stands behind it.
+    void Expect(void const* part) {
+        isRun_ = isRun_ && part == next_;
+        if (isRun_ && padding_ != nullptr) RequireZero(padding_);
+        padding_ = nullptr;
+    }
+
+    ShapeScanner& scanner_;
+    std::uint8_t const* next_;
+    std::uint8_t const* padding_ = nullptr;  ///< of the loop before, if it has an odd number of indices
+    bool isRun_ = false;
+    std::uint32_t largest_ = 0;
+    std::size_t loopWords_ = 0;
+    std::uint64_t indexCount_ = 0;
+};
+
+ShapeScan ShapeScanner::Scan(BRepView const& shape) {
+    ShapeScan scan;
+    if (shape.vertices == nullptr) return scan;
+    ShapeCounts& counts = scan.counts;
+    counts = {CountOf(shape.faces), CountOf(shape.holes), shape.vertexCount, 0};
+
+    Walk walk(*this, shape);
+    walk.VisitVector(shape.faces);
+    for (std::uint32_t i = 0; i < counts.faces; ++i) {
+        auto const* const face = shape.faces->Get(i);
+        walk.VisitPart(faceLayout_, face, face->outerLoop(), 8);
+    }
+    walk.VisitVector(shape.holes);
+    bool isSorted = true;
+    std::uint16_t previousFace = 0;
+    for (std::uint32_t i = 0; i < counts.holes; ++i) {
+        auto const* const hole = shape.holes->Get(i);
+        walk.VisitPart(holeLayout_, hole, hole->innerLoop(), 12);
+        if (walk.IsRun()) walk.RequireZero(reinterpret_cast<std::uint8_t const*>(hole) + 6);
+        isSorted &= previousFace <= hole->face();
+        previousFace = hole->face();
+    }
+    walk.VisitVertices(shape.vertices);
+    counts.loopWords = static_cast<std::uint32_t>(walk.GetLoopWords());
+    scan.isRun = walk.IsRun();
+    Complete(scan, shape, walk.GetIndexCount(), walk.GetLargestIndex(), isSorted);
+    return scan;
+}
+
+/// Where a run has been followed to, and what its loops hold.
+struct RunScanner::Progress {
+    std::size_t next;
+    std::uint32_t largestIndex = 0;
+    std::uint64_t indexCount = 0;
+    std::size_t loopWords = 0;
+};
+
+bool RunScanner::Scan(void const* table, std::uint32_t stride, std::size_t maxFaces, ShapeScan& scan) {
+    constexpr std::size_t kTableSize = 16;
+    std::size_t const shape = static_cast<std::size_t>(static_cast<std::uint8_t const*>(table) - bytes_);
+    if (!shapeLayout_.Accepts(table) || CountWordsBehind(shape) < kTableSize / 4) return false;
+    ShapeCounts& counts = scan.counts;
+    Progress progress{shape + kTableSize};
+
+    if (!BeginVector(progress, shape + 4, counts.faces) || counts.faces > maxFaces) return false;
+    std::size_t slot = progress.next - 4 * std::size_t{counts.faces};
+    auto const* const faceLayout = faceLayout_.GetAccepted();
+    std::size_t const layout = static_cast<std::size_t>(faceLayout - bytes_);
+    if (counts.faces != 0 && faceLayout == nullptr) return false;
+    for (std::uint32_t i = 0; i < counts.faces; ++i, slot += 4) {
+        if (!FollowPart(progress, slot, layout, 8)) return false;
+    }
+    bool isSorted = true;
+    if (!FollowHoles(progress, shape + 8, scan, isSorted)) return false;
+
+    if (shape + 12 + Read<std::uint32_t>(shape + 12) != progress.next || CountWordsBehind(progress.next) < 1) {
+        return false;
+    }
+    BRepView view;
+    view.table = table;
+    view.vertices = bytes_ + progress.next + 4;
+    view.vertexCount = counts.vertices = Read<std::uint32_t>(progress.next);
+    view.vertexStride = stride;
+    if (std::uint64_t{counts.vertices} * (stride / 4) > CountWordsBehind(progress.next + 4)) return false;
+    counts.loopWords = static_cast<std::uint32_t>(progress.loopWords);
+    scan.isRun = true;
+    Complete(scan, view, progress.indexCount, progress.largestIndex, isSorted);
+    return true;
+}
+
+/// The vector of offsets that a field of the shape must lead to. Moves behind the offsets.
+bool RunScanner::BeginVector(Progress& progress, std::size_t field, std::uint32_t& count) const {
+    if (field + Read<std::uint32_t>(field) != progress.next || CountWordsBehind(progress.next) < 1) return false;
+    count = Read<std::uint32_t>(progress.next);
+    progress.next += 4;
+    if (count > CountWordsBehind(progress.next)) return false;
+    progress.next += 4 * std::size_t{count};
+    return true;
+}
+
+/// A face or a hole that `slot` must lead to, whose last field leads to the loop behind its table.
+inline bool RunScanner::FollowPart(Progress& progress, std::size_t slot, std::size_t layout,
+                                   std::size_t tableSize) const {
+    std::size_t const part = progress.next;
+    std::size_t const loop = part + tableSize;
+    if (CountWordsBehind(loop) < 1 || slot + Read<std::uint32_t>(slot) != part) return false;
+    if (part - static_cast<std::size_t>(Read<flatbuffers::soffset_t>(part)) != layout) return false;
+    if (Read<std::uint32_t>(loop - 4) != 4) return false;
+    std::uint32_t const count = Read<std::uint32_t>(loop);
+    std::size_t const words = ShapeCounts::ToWords(count);
+    if (words > CountWordsBehind(loop + 4)) return false;
+
+    // Two indices a word. What rounds up an odd number of them must be zero, and changes no maximum.
+    std::uint32_t largest = progress.largestIndex;
+    std::uint32_t last = 0;
+    for (std::size_t i = 0; i < words; ++i) {
+        std::uint32_t const word = Read<std::uint32_t>(loop + 4 + 4 * i);
+        last = word >> 16;
+        largest = std::max({largest, word & 0xFFFF, last});
+    }
+    if (count % 2 == 1 && last != 0) return false;
+    progress.largestIndex = largest;
+    progress.indexCount += count;
+    progress.loopWords += words;
+    progress.next = loop + 4 + 4 * words;
+    return true;
+}
+
+bool RunScanner::FollowHoles(Progress& progress, std::size_t field, ShapeScan& scan, bool& isSorted) const {
+    std::uint32_t& count = scan.counts.holes;
+    if (!BeginVector(progress, field, count)) return false;
+    if (count == 0) return true;
+    auto const* const holeLayout = holeLayout_.GetAccepted();
+    if (holeLayout == nullptr) return false;
+    std::size_t const layout = static_cast<std::size_t>(holeLayout - bytes_);
+    std::size_t slot = progress.next - 4 * std::size_t{count};
+    std::uint16_t previousFace = 0;
+    for (std::uint32_t i = 0; i < count; ++i, slot += 4) {
+        std::size_t const hole = progress.next;
+        if (!FollowPart(progress, slot, layout, 12)) return false;
+        if (Read<std::uint16_t>(hole + 6) != 0) return false;
+        auto const face = Read<std::uint16_t>(hole + 4);
+        isSorted &= previousFace <= face;
+        previousFace = face;
+    }
+    return true;
+}
+
+void RunScanner::Learn(BRepView const& shape) {
+    if (CountOf(shape.faces) != 0) faceLayout_.Accepts(shape.faces->Get(0));
+    if (CountOf(shape.holes) != 0) holeLayout_.Accepts(shape.holes->Get(0));
+}
+
+}  // namespace Quorlan
