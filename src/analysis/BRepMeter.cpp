@@ -1,5 +1,6 @@
 #include "analysis/BRepMeter.h"
 
+#include "analysis/ConvexFaceAvx2.h"
 #include "analysis/SmallFaceLanes.h"
 #include "analysis/SmallFacesAvx2.h"
 
@@ -187,6 +188,7 @@ bool BRepMeter::MeasureFaces(BRepView const& brep, SmallFaces const& faces, Vert
 /// Adds any face with the holes at these places of `holesByFace_`.
 void BRepMeter::AddFace(BRepView const& brep, std::uint32_t face, std::size_t holesBegin, std::size_t holesEnd,
                         Sums& sums) {
+    if (holesBegin == holesEnd && AddConvexFace(brep, face, sums)) return;
     face_.corners.clear();
     face_.ends.clear();
     if (!AppendLoop(brep, brep.faces->Get(face)->outerLoop())) return;
@@ -198,6 +200,33 @@ void BRepMeter::AddFace(BRepView const& brep, std::uint32_t face, std::size_t ho
     for (std::size_t t = 0; t < triangles.size(); t += 3) {
         sums.AddTriangle(face_.corners[triangles[t]], face_.corners[triangles[t + 1]], face_.corners[triangles[t + 2]]);
     }
+}
+
+/// A shortcut for large faces without holes. RETURNS false, with nothing added, where it cannot be taken.
+bool BRepMeter::AddConvexFace(BRepView const& brep, std::uint32_t face, Sums& sums) {
+#if QUORLAN_HAS_AVX2
+    auto const* const loop = brep.faces->Get(face)->outerLoop();
+    std::size_t const size = CountOf(loop);
+    if (!usesAvx2_ || size < 5) return false;
+    if (*std::max_element(loop->data(), loop->data() + size) >= brep.vertexCount) return false;
+    scratch_.resize(std::max(scratch_.size(), GetConvexFaceScratchSize(size)));
+    Vertex const apex = sums.GetApex(ToVertex(brep.GetPosition(loop->Get(static_cast<std::uint32_t>(size - 2)))));
+    ConvexFaceMeasures measures;
+    if (!MeasureConvexFaceAvx2({brep.vertices, brep.vertexStride, loop->data(), size}, apex, kShortestNormal,
+                               scratch_.data(), measures)) {
+        return false;
+    }
+    sums.SetApex(apex);
+    sums.AddArea(measures.area);
+    auto const& moments = measures.moments;
+    for (std::size_t t = 0; t + 2 < size; ++t) {
+        sums.AddTetrahedron(measures.volumes[t], {moments[0][t], moments[1][t], moments[2][t]});
+    }
+    return true;
+#else
+    static_cast<void>(brep), static_cast<void>(face), static_cast<void>(sums);
+    return false;
+#endif
 }
 
 /// Holes by ascending face, those of one face in stored order.

@@ -1,7 +1,8 @@
 #pragma once
 
 #include "analysis/PlanarTriangulator.h"
-#include "analysis/SmallFacesAvx2.h"
+#include "analysis/SmallFaces.h"
+#include "geometry/Avx2.h"
 #include "model/ModelView.h"
 
 #include <cstddef>
@@ -34,12 +35,14 @@ private:
     bool MeasureFaces(BRepView const& brep, SmallFaces const& faces, Vertex const& apex,
                       SmallFaceMeasures& measures) const;
     void AddFace(BRepView const& brep, std::uint32_t face, std::size_t holesBegin, std::size_t holesEnd, Sums& sums);
+    bool AddConvexFace(BRepView const& brep, std::uint32_t face, Sums& sums);
     bool AppendLoop(BRepView const& brep, flatbuffers::Vector<std::uint16_t> const* loop);
 
     bool usesAvx2_;
     std::vector<std::pair<std::uint32_t, std::uint32_t>> holesByFace_;  ///< (face, hole), ascending
     FaceLoops face_;
     PlanarTriangulator triangulator_;
+    std::vector<double> scratch_;
 };
 
 }  // namespace Quorlan

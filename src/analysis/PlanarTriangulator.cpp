@@ -19,12 +19,6 @@ bool IsConvexQuadrilateral(Vertex const* p) {
     return Dot(Cross(e1, e2), Cross(e2, e3)) > 0;
 }
 
-/// A unit vector perpendicular to the unit vector `n`, away from the axis that n is close to.
-Vertex ComputePerpendicular(Vertex const& n) {
-    Vertex const p = std::abs(n.x) >= std::abs(n.y) ? Vertex{-n.z, 0, n.x} : Vertex{0, n.z, -n.y};
-    return p / Length(p);
-}
-
 template <class Points>
 double ComputeSignedArea(Points const& points) {
     double twice = 0;
@@ -46,6 +40,11 @@ Vertex ComputeNewellNormal(Vertex const* corners, std::size_t count) {
         normal.z += (c.x - n.x) * (n.y + c.y);
     }
     return normal;
+}
+
+Vertex ComputePerpendicular(Vertex const& n) {
+    Vertex const p = std::abs(n.x) >= std::abs(n.y) ? Vertex{-n.z, 0, n.x} : Vertex{0, n.z, -n.y};
+    return p / Length(p);
 }
 
 std::vector<std::uint32_t> const& PlanarTriangulator::Triangulate(FaceLoops const& face) {

@@ -48,4 +48,7 @@ private:
 /// The normal of a loop by Newell's method, not normalised: its length is twice the area of a planar loop.
 GeometryObjectLib::Vertex ComputeNewellNormal(GeometryObjectLib::Vertex const* corners, std::size_t count);
 
+/// A unit vector perpendicular to the unit vector `n`, away from the axis that n is close to.
+GeometryObjectLib::Vertex ComputePerpendicular(GeometryObjectLib::Vertex const& n);
+
 }  // namespace Quorlan

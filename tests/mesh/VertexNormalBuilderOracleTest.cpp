@@ -1,12 +1,6 @@
-#include <Tools/VertexNormalBuilder.h>
-
-#include "support/MeshShapes.h"
-#include "support/PlainVertexNormals.h"
-
-#include <gtest/gtest.h>
+#include "mesh/ExpectPlainMesh.h"
 
 #include <cmath>
-#include <cstring>
 #include <limits>
 #include <random>
 
@@ -14,29 +8,6 @@ namespace {
 
 using namespace Quorlan::Testing;
 using Quorlan::Tools::VertexNormalBuilder;
-
-template <class A, class B>
-testing::AssertionResult SameBits(char const* what, std::vector<A> const& actual, std::vector<B> const& expected) {
-    static_assert(sizeof(A) == sizeof(B));
-    if (actual.size() != expected.size()) {
-        return testing::AssertionFailure() << actual.size() << ' ' << what << ", expected " << expected.size();
-    }
-    for (std::size_t i = 0; i < actual.size(); ++i) {
-        if (std::memcmp(&actual[i], &expected[i], sizeof(A)) != 0) {
-            return testing::AssertionFailure() << what << ' ' << i << " of " << actual.size() << " differs";
-        }
-    }
-    return testing::AssertionSuccess();
-}
-
-void ExpectPlainMesh(VertexNormalBuilder& builder, RawBRep const& shape, float angle) {
-    PlainVertexNormals const plain(shape, angle);
-    ASSERT_TRUE(builder.BuildBRep(ModelOf(shape), 0, angle));
-    EXPECT_TRUE(SameBits("positions", builder.GetPositions(), plain.positions));
-    EXPECT_TRUE(SameBits("normals", builder.GetNormals(), plain.normals));
-    EXPECT_TRUE(SameBits("corners", builder.GetCorners(), plain.corners));
-    EXPECT_TRUE(SameBits("triangles", builder.GetTriangles(), plain.triangles));
-}
 
 /// Triangles fanned out around a few hubs, all normals within a few 1e-5 of the hub's: many of them are equal to each
 /// other by the tree's rule, and many are not only because the tree does not find them.
