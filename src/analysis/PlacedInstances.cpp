@@ -34,15 +34,24 @@ std::uint32_t CountWide(InstanceArrays const& arrays, std::uint32_t first, std::
     return std::min(size, left - std::min(left, kDistance)) / kLongestGroup * kLongestGroup;
 }
 
-/// Fills `results` with one value per instance: `compute(first, size, out)` writes the values from instance `first` on.
+/// Some of the results, one after the other.
+template <class Value>
+struct ResultBlock {
+    std::uint32_t first;  ///< instance
+    std::uint32_t size;
+    Value* out;                ///< where they are written
+    Value const* destination;  ///< where they will be in the end, for the cache
+};
+
+/// Fills `results` with one value per instance: `compute(block)` writes those of a block.
 ///
-/// Values that are there from an earlier build are overwritten in place. New ones are computed in a block that stays in
+/// Values that are there from an earlier build are overwritten in place. New ones are computed in memory that stays in
 /// the first cache and appended to reserved memory block by block, so that nothing is constructed to be overwritten.
 template <class Value, class Compute>
 void FillByBlocks(std::vector<Value>& results, std::uint32_t count, Compute compute) {
     static_assert(std::is_trivially_copyable_v<Value>);
     constexpr std::uint32_t kBlock = 16384 / sizeof(Value) / kLongestGroup * kLongestGroup;
-    alignas(64) std::array<Value, kBlock> block;
+    alignas(64) std::array<Value, kBlock> fresh;
     results.resize(std::min<std::size_t>(results.size(), count) / kBlock * kBlock);
     if (results.capacity() < count) {
         results.reserve(count);
@@ -51,10 +60,17 @@ void FillByBlocks(std::vector<Value>& results, std::uint32_t count, Compute comp
     for (std::uint32_t first = 0; first < count; first += kBlock) {
         std::uint32_t const size = std::min(kBlock, count - first);
         bool const isInPlace = first < results.size();
-        Value* const out = isInPlace ? &results[first] : block.data();
-        compute(first, size, out);
-        if (!isInPlace) results.insert(results.end(), out, out + size);
+        Value* const destination = results.data() + first;
+        compute(ResultBlock<Value>{first, size, isInPlace ? destination : fresh.data(), destination});
+        if (!isInPlace) results.insert(results.end(), fresh.data(), fresh.data() + size);
     }
+}
+
+/// Fetches what four results, kPrefetchDistance behind those at `results`, will overwrite: stores would wait for it.
+template <class Value>
+void PrefetchResults(Value const* results) {
+    auto const* const bytes = reinterpret_cast<char const*>(results + kPrefetchDistance);
+    for (std::size_t i = 0; i < kLaneCount * sizeof(Value); i += 64) QUORLAN_PREFETCH(bytes + i);
 }
 
 DoubleFrameLanes ComputeWorldFrames(InstanceArrays const& arrays, std::uint32_t first) {
@@ -97,25 +113,26 @@ void ComputeBoxes(ModelView const& model, Frame const& caller, std::vector<AxisA
                   [[maybe_unused]] bool usesAvx2) {
     InstanceArrays const arrays(model);
     auto const callerLanes = FrameLanes::FromFrame(caller);
-    FillByBlocks(boxes, arrays.count, [&](std::uint32_t first, std::uint32_t size, AxisAlignedBox3* out) {
+    FillByBlocks(boxes, arrays.count, [&](ResultBlock<AxisAlignedBox3> const& block) {
         std::uint32_t i = 0;
 #if QUORLAN_HAS_AVX2
         if (usesAvx2) {
-            i = CountWide(arrays, first, size);
+            i = CountWide(arrays, block.first, block.size);
             ComputeBoxesAvx2(GetBytes(arrays), {caller.origin.x, caller.origin.y, caller.origin.z},
                              {caller.x.x, caller.x.y, caller.x.z, caller.y.x, caller.y.y, caller.y.z, caller.z.x,
                               caller.z.y, caller.z.z},
-                             first, i, &out->center.x);
+                             block.first, i, &block.out->center.x, &block.destination->center.x);
         }
 #endif
-        for (; i < size; i += kLaneCount) {
-            InstanceLanes const instances(arrays, first + i, true);
+        for (; i < block.size; i += kLaneCount) {
+            PrefetchResults(block.destination + i);
+            InstanceLanes const instances(arrays, block.first + i, true);
             auto const world =
                 callerLanes * (instances.GetEntityPlacements().ToFrame() * instances.GetPlacements().ToFrame());
             VectorLanes<Float4> lo;
             VectorLanes<Float4> hi;
             instances.GetLocalBounds(lo, hi);
-            TransformBox(world, lo, hi).Store(out + i);
+            TransformBox(world, lo, hi).Store(block.out + i);
         }
     });
 }
@@ -123,21 +140,22 @@ void ComputeBoxes(ModelView const& model, Frame const& caller, std::vector<AxisA
 void ComputePlacements(ModelView const& model, Matrix4 const* transform, std::vector<Matrix4>& placements,
                        [[maybe_unused]] bool usesAvx2) {
     InstanceArrays const arrays(model);
-    FillByBlocks(placements, arrays.count, [&](std::uint32_t first, std::uint32_t size, Matrix4* out) {
+    FillByBlocks(placements, arrays.count, [&](ResultBlock<Matrix4> const& block) {
         std::uint32_t i = 0;
 #if QUORLAN_HAS_AVX2
         if (usesAvx2) {
-            i = CountWide(arrays, first, size);
-            ComputePlacementsAvx2(GetBytes(arrays), transform == nullptr ? nullptr : transform->m.data(), first, i,
-                                  out->m.data());
+            i = CountWide(arrays, block.first, block.size);
+            ComputePlacementsAvx2(GetBytes(arrays), transform == nullptr ? nullptr : transform->m.data(), block.first,
+                                  i, block.out->m.data(), block.destination->m.data());
         }
 #endif
-        for (; i < size; i += kLaneCount) {
-            auto const world = ComputeWorldFrames(arrays, first + i);
+        for (; i < block.size; i += kLaneCount) {
+            PrefetchResults(block.destination + i);
+            auto const world = ComputeWorldFrames(arrays, block.first + i);
             if (transform == nullptr) {
-                StoreMatrices(world, out + i);
+                StoreMatrices(world, block.out + i);
             } else {
-                StoreProducts(*transform, world, out + i);
+                StoreProducts(*transform, world, block.out + i);
             }
         }
     });

@@ -14,6 +14,8 @@ namespace {
 
 using Record = std::uint8_t const*;
 
+constexpr std::size_t kAxes = 24;  ///< [bytes] into a placement, behind its origin
+
 /// Vectors of eight instances. Lanes 0 to 3 are the lower half.
 struct Floats {
     __m256 x, y, z;
@@ -103,12 +105,12 @@ QUORLAN_AVX2_INLINE void LoadWideTriples(Record const* r, std::size_t offset, Do
     second.z = _mm256_unpackhi_pd(eg, fh);
 }
 
-/// Three doubles that stand `offset` bytes into each of four records.
-QUORLAN_AVX2_INLINE Doubles LoadOrigins(Record const* r, std::size_t offset) {
-    __m256d const a = LoadDoubles(r[0] + offset, r[2] + offset);
-    __m256d const b = LoadDoubles(r[1] + offset, r[3] + offset);
-    __m256d const c = LoadDoubles(r[0] + offset + 16, r[2] + offset + 16);
-    __m256d const d = LoadDoubles(r[1] + offset + 16, r[3] + offset + 16);
+/// The origins of four placements.
+QUORLAN_AVX2_INLINE Doubles LoadOrigins(Record const* r) {
+    __m256d const a = LoadDoubles(r[0], r[2]);
+    __m256d const b = LoadDoubles(r[1], r[3]);
+    __m256d const c = LoadDoubles(r[0] + 16, r[2] + 16);
+    __m256d const d = LoadDoubles(r[1] + 16, r[3] + 16);
     return {_mm256_unpacklo_pd(a, b), _mm256_unpackhi_pd(a, b), _mm256_unpacklo_pd(c, d)};
 }
 
@@ -147,11 +149,11 @@ struct Frames {
     Floats x, y, z;
 };
 
-QUORLAN_AVX2_INLINE Frames LoadFrames(Record const* records, std::size_t offset) {
+QUORLAN_AVX2_INLINE Frames LoadFrames(Record const* placements) {
     Frames frames;
-    frames.lowerOrigin = LoadOrigins(records, offset);
-    frames.upperOrigin = LoadOrigins(records + 4, offset);
-    LoadTriples(records, offset + 24, frames.x, frames.y);
+    frames.lowerOrigin = LoadOrigins(placements);
+    frames.upperOrigin = LoadOrigins(placements + 4);
+    LoadTriples(placements, kAxes, frames.x, frames.y);
     frames.z = Cross(frames.x, frames.y);
     Normalize(frames.x, frames.y, frames.z);
     return frames;
@@ -216,29 +218,39 @@ QUORLAN_AVX2_INLINE void TransformBoxes(Frames const& frames, Floats const& lo, 
     StoreBoxes(WidenUpper(lower), WidenUpper(upper), frames.upperOrigin, out + 4 * 6);
 }
 
-QUORLAN_AVX2_INLINE Record GetPlacement(InstanceBytes const& bytes, std::uint32_t const* instance) {
-    return bytes.placements + instance[0] * InstanceLayout::kPlacementSize;
-}
-QUORLAN_AVX2_INLINE Record GetEntity(InstanceBytes const& bytes, std::uint32_t const* instance) {
-    return bytes.entities + instance[1] * InstanceLayout::kEntitySize;
-}
-QUORLAN_AVX2_INLINE Record GetDefinition(InstanceBytes const& bytes, std::uint32_t const* instance) {
-    return bytes.definitions + instance[2] * InstanceLayout::kDefinitionSize;
-}
 QUORLAN_AVX2_INLINE std::uint32_t const* GetInstance(InstanceBytes const& bytes, std::size_t index) {
     return reinterpret_cast<std::uint32_t const*>(bytes.instances + index * InstanceLayout::kInstanceSize);
 }
-QUORLAN_AVX2_INLINE void Prefetch(Record record) { _mm_prefetch(reinterpret_cast<char const*>(record), _MM_HINT_T0); }
+QUORLAN_AVX2_INLINE Record GetPlacement(InstanceBytes const& bytes, std::uint32_t const* instance) {
+    return bytes.placements + instance[0] * InstanceLayout::kPlacementSize;
+}
+QUORLAN_AVX2_INLINE Record GetEntityPlacement(InstanceBytes const& bytes, std::uint32_t const* instance) {
+    return bytes.entities + instance[1] * InstanceLayout::kEntitySize + InstanceLayout::kEntityPlacement;
+}
+QUORLAN_AVX2_INLINE Record GetBounds(InstanceBytes const& bytes, std::uint32_t const* instance) {
+    return bytes.definitions + instance[2] * InstanceLayout::kDefinitionSize + InstanceLayout::kDefinitionBounds;
+}
+
+constexpr std::size_t kLastOfPlacement = InstanceLayout::kPlacementSize - 1;
+
+QUORLAN_AVX2_INLINE void Prefetch(void const* address) {
+    _mm_prefetch(reinterpret_cast<char const*>(address), _MM_HINT_T0);
+}
+
+/// What `count` doubles are stored to some time later. Without this, stores wait for the lines that they overwrite.
+QUORLAN_AVX2_INLINE void PrefetchResults(double const* results, std::size_t count) {
+    for (std::size_t i = 0; i < count; i += 8) Prefetch(results + i);
+}
 
 /// Four double frames.
 struct WideFrames {
     Doubles origin, x, y, z;
 };
 
-QUORLAN_AVX2_INLINE WideFrames LoadWideFrames(Record const* records, std::size_t offset) {
+QUORLAN_AVX2_INLINE WideFrames LoadWideFrames(Record const* placements) {
     WideFrames frames;
-    frames.origin = LoadOrigins(records, offset);
-    LoadWideTriples(records, offset + 24, frames.x, frames.y);
+    frames.origin = LoadOrigins(placements);
+    LoadWideTriples(placements, kAxes, frames.x, frames.y);
     frames.z = Cross(frames.x, frames.y);
     frames.y = Cross(frames.z, frames.x);
     Normalize(frames.x, frames.y, frames.z);
@@ -279,53 +291,57 @@ QUORLAN_AVX2_INLINE void StoreProducts(double const* transform, WideFrames const
 }  // namespace
 
 QUORLAN_AVX2 void ComputeBoxesAvx2(InstanceBytes const& bytes, double const (&callerOrigin)[3],
-                                   float const (&callerAxes)[9], std::size_t first, std::size_t count, double* out) {
+                                   float const (&callerAxes)[9], std::size_t first, std::size_t count, double* out,
+                                   double const* destination) {
     Doubles const origin{_mm256_set1_pd(callerOrigin[0]), _mm256_set1_pd(callerOrigin[1]),
                          _mm256_set1_pd(callerOrigin[2])};
     Frames const caller{origin, origin, BroadcastFloats(callerAxes), BroadcastFloats(callerAxes + 3),
                         BroadcastFloats(callerAxes + 6)};
-    for (std::size_t i = first; i < first + count; i += 8, out += 8 * 6) {
+    for (std::size_t i = 0; i < count; i += 8) {
         Record placements[8];
         Record entities[8];
-        Record definitions[8];
+        Record bounds[8];
         for (std::size_t lane = 0; lane < 8; ++lane) {
-            std::uint32_t const* const instance = GetInstance(bytes, i + lane);
+            std::uint32_t const* const instance = GetInstance(bytes, first + i + lane);
             placements[lane] = GetPlacement(bytes, instance);
-            entities[lane] = GetEntity(bytes, instance);
-            definitions[lane] = GetDefinition(bytes, instance);
-            std::uint32_t const* const later = GetInstance(bytes, i + lane + kAvx2PrefetchDistance);
+            entities[lane] = GetEntityPlacement(bytes, instance);
+            bounds[lane] = GetBounds(bytes, instance);
+            std::uint32_t const* const later = GetInstance(bytes, first + i + lane + kAvx2PrefetchDistance);
             Prefetch(GetPlacement(bytes, later));
-            Prefetch(GetEntity(bytes, later));
-            Prefetch(GetDefinition(bytes, later));
+            Prefetch(GetEntityPlacement(bytes, later));
+            Prefetch(GetEntityPlacement(bytes, later) + kLastOfPlacement);
+            Prefetch(GetBounds(bytes, later));
         }
-        Frames const world =
-            Compose(caller, Compose(LoadFrames(entities, InstanceLayout::kEntityPlacement), LoadFrames(placements, 0)));
+        Frames const world = Compose(caller, Compose(LoadFrames(entities), LoadFrames(placements)));
         Floats lo;
         Floats hi;
-        LoadTriples(definitions, InstanceLayout::kDefinitionBounds, lo, hi);
-        TransformBoxes(world, lo, hi, out);
+        LoadTriples(bounds, 0, lo, hi);
+        PrefetchResults(destination + 6 * (i + kAvx2PrefetchDistance), 6 * 8);
+        TransformBoxes(world, lo, hi, out + 6 * i);
     }
 }
 
 QUORLAN_AVX2 void ComputePlacementsAvx2(InstanceBytes const& bytes, double const* transform, std::size_t first,
-                                        std::size_t count, double* out) {
-    for (std::size_t i = first; i < first + count; i += 4, out += 4 * 16) {
+                                        std::size_t count, double* out, double const* destination) {
+    for (std::size_t i = 0; i < count; i += 4) {
         Record placements[4];
         Record entities[4];
         for (std::size_t lane = 0; lane < 4; ++lane) {
-            std::uint32_t const* const instance = GetInstance(bytes, i + lane);
+            std::uint32_t const* const instance = GetInstance(bytes, first + i + lane);
             placements[lane] = GetPlacement(bytes, instance);
-            entities[lane] = GetEntity(bytes, instance);
-            std::uint32_t const* const later = GetInstance(bytes, i + lane + kAvx2PrefetchDistance);
+            entities[lane] = GetEntityPlacement(bytes, instance);
+            std::uint32_t const* const later = GetInstance(bytes, first + i + lane + kAvx2PrefetchDistance);
             Prefetch(GetPlacement(bytes, later));
-            Prefetch(GetEntity(bytes, later));
+            Prefetch(GetPlacement(bytes, later) + kLastOfPlacement);
+            Prefetch(GetEntityPlacement(bytes, later));
+            Prefetch(GetEntityPlacement(bytes, later) + kLastOfPlacement);
         }
-        WideFrames const world =
-            Compose(LoadWideFrames(entities, InstanceLayout::kEntityPlacement), LoadWideFrames(placements, 0));
+        WideFrames const world = Compose(LoadWideFrames(entities), LoadWideFrames(placements));
+        PrefetchResults(destination + 16 * (i + kAvx2PrefetchDistance), 16 * 4);
         if (transform == nullptr) {
-            StoreMatrices(world, out);
+            StoreMatrices(world, out + 16 * i);
         } else {
-            StoreProducts(transform, world, out);
+            StoreProducts(transform, world, out + 16 * i);
         }
     }
 }

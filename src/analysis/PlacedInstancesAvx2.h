@@ -32,16 +32,17 @@ constexpr std::size_t kAvx2PrefetchDistance = 32;
 
 /// Centre and half edge lengths of the boxes of the instances from `first` on: the operations of `FrameLanes`, eight
 /// instances at a time, in the same order and without fused multiplications, and so with the same bits. The caller's
-/// frame is given by its origin and by its axes, one after the other.
+/// frame is given by its origin and by its axes, one after the other. `destination` is where `out` will be moved to, or
+/// `out` itself: it is fetched into the cache.
 /// REQUIRES: HasAvx2(); `count` is a multiple of 8 and kAvx2PrefetchDistance instances follow the last.
 void ComputeBoxesAvx2(InstanceBytes const& bytes, double const (&callerOrigin)[3], float const (&callerAxes)[9],
-                      std::size_t first, std::size_t count, double* out);
+                      std::size_t first, std::size_t count, double* out, double const* destination);
 
 /// The matrices of the instances from `first` on, row by row: the operations of `DoubleFrameLanes`, likewise. Where
 /// `transform`, 16 numbers row by row, is not null, its products with them.
 /// REQUIRES: HasAvx2(); `count` is a multiple of 4 and kAvx2PrefetchDistance instances follow the last.
 void ComputePlacementsAvx2(InstanceBytes const& bytes, double const* transform, std::size_t first, std::size_t count,
-                           double* out);
+                           double* out, double const* destination);
 
 #endif
 

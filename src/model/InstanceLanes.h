@@ -21,6 +21,8 @@ using GeometryObjectLib::VectorLanes;
 
 constexpr std::uint32_t kLaneCount = 4;
 constexpr std::uint32_t kPrefetchDistance = 32;  ///< [instances]
+constexpr std::size_t kEntityPlacement = 16;     ///< [bytes] into an entity's record
+constexpr std::size_t kDefinitionBounds = 8;     ///< [bytes] into a definition's record
 
 /// Four records of one kind, wherever in the buffer they lie.
 using RecordLanes = std::uint8_t const* [kLaneCount];
@@ -149,8 +151,9 @@ struct InstanceLanes {
             definitions[lane] = withDefinitions ? arrays.GetDefinition(instance) : nullptr;
             auto const& later = arrays.GetInstance(std::min(first + lane + kPrefetchDistance, arrays.count - 1));
             QUORLAN_PREFETCH(arrays.GetPlacement(later));
-            QUORLAN_PREFETCH(arrays.GetEntity(later));
-            if (withDefinitions) QUORLAN_PREFETCH(arrays.GetDefinition(later));
+            QUORLAN_PREFETCH(arrays.GetEntity(later) + kEntityPlacement);
+            QUORLAN_PREFETCH(arrays.GetEntity(later) + sizeof(Schema::EntityRecord) - 1);
+            if (withDefinitions) QUORLAN_PREFETCH(arrays.GetDefinition(later) + kDefinitionBounds);
         }
     }
 
@@ -165,8 +168,10 @@ struct InstanceLanes {
     }
 
     PlacementLanes GetPlacements() const { return {placements, 0}; }
-    PlacementLanes GetEntityPlacements() const { return {entities, 16}; }
-    void GetLocalBounds(VectorLanes<Float4>& lo, VectorLanes<Float4>& hi) const { LoadTriples(definitions, 8, lo, hi); }
+    PlacementLanes GetEntityPlacements() const { return {entities, kEntityPlacement}; }
+    void GetLocalBounds(VectorLanes<Float4>& lo, VectorLanes<Float4>& hi) const {
+        LoadTriples(definitions, kDefinitionBounds, lo, hi);
+    }
 };
 
 }  // namespace Quorlan
