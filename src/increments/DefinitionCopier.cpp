@@ -41,19 +41,20 @@ void const* FindTable(Schema::Geometry const& geometry, BRepKind kind, std::uint
     }
 }
 
+/// REQUIRES: all positions are finite numbers.
 float LargestCoordinate(ShapeScan const& scan) {
-    float largest = 0;
-    for (Schema::Vector3 const* corner : {&scan.min, &scan.max}) {
-        for (float const c : {corner->x(), corner->y(), corner->z()}) largest = std::max(largest, std::abs(c));
-    }
-    return largest;
+    Schema::Vector3 const& lo = scan.min;
+    Schema::Vector3 const& hi = scan.max;
+    return std::max(std::max({-lo.x(), -lo.y(), -lo.z()}), std::max({hi.x(), hi.y(), hi.z()}));
 }
 
 bool IsNearItsOrigin(ShapeScan const& scan) {
     using GeometryObjectLib::ToVertex;
     Vertex const lo = ToVertex(ToVector3f(scan.min));
     Vertex const hi = ToVertex(ToVector3f(scan.max));
-    return Length(0.5 * (lo + hi)) <= kNearDistance * Length(hi - lo);
+    Vertex const twiceTheCenter = lo + hi;
+    Vertex const size = hi - lo;
+    return Dot(twiceTheCenter, twiceTheCenter) <= 4 * kNearDistance * kNearDistance * Dot(size, size);
 }
 
 }  // namespace

@@ -132,35 +132,35 @@ StoredPart::StoredPart(BufferModelReader const& source, EntityList const& list, 
                        OwnerHistoryWriter& histories, ContentCopier& content)
     : source_(source),
       model_(source.GetModel()),
+      records_(*model_.entities()->records()),
+      texts_(model_.entities()->texts()),
       first_(first),
       next_(first),
-      copies_(source.GetModel().entities()->records()->size(), list.size()) {
+      copies_(records_.size(), list.size()) {
     CopyEntities(list, histories);
     if (!copies_.GetAll().empty()) CopyContent(content);
 }
 
 void StoredPart::CopyEntities(EntityList const& list, OwnerHistoryWriter& writer) {
-    Schema::Entities const& entities = *model_.entities();
     StoredHistories histories(model_, writer);
-    historyRecords_.reserve(list.size());
+    references_.reserve(list.size());
     for (auto const& [action, index] : list) {
         auto const entity = static_cast<std::uint32_t>(index);
-        if (entity >= copies_.GetSourceCount()) continue;
-        if (entities.records()->Get(entity)->identifierKind() != 0) continue;
-        std::string_view const text = ViewOf(FindText(entity));
-        if (!text.empty()) ++next_.text;
-        textSize_ += text.size();
-        historyRecords_.push_back({histories.Copy(entity, next_.historyRecord++), action});
+        if (entity >= records_.size()) continue;
+        auto const& record = *records_.Get(entity);
+        if (record.identifierKind() != 0) continue;
+        std::size_t const textSize = GetText(record.textReference()).size();
+        if (textSize != 0) ++next_.text;
+        textSize_ += textSize;
+        references_.push_back({record.identifierReference(), record.textReference(),
+                               histories.Copy(entity, next_.historyRecord++), action});
         copies_.Append(entity, EntityIndex_t{next_.entity++});
     }
     next_.guid += next_.entity - first_.entity;
     next_.history += next_.entity - first_.entity;
 }
 
-flatbuffers::String const* StoredPart::FindText(std::uint32_t sourceEntity) const {
-    Schema::Entities const& entities = *model_.entities();
-    return FindElement(entities.texts(), entities.records()->Get(sourceEntity)->textReference());
-}
+std::string_view StoredPart::GetText(std::uint32_t reference) const { return ViewOf(FindElement(texts_, reference)); }
 
 void StoredPart::CopyContent(ContentCopier& content) {
     Schema::Geometry const& geometry = *model_.geometry();
@@ -209,39 +209,39 @@ void StoredPart::WriteEntities(ElementWriter<Schema::EntityRecord>& out) const {
     std::uint32_t text = first_.text;
     bool const haveAllText = next_.text - first_.text == copies_.GetAll().size();
     for (auto const& copy : copies_.GetAll()) {
-        bool const hasText = haveAllText || !ViewOf(FindText(copy.source)).empty();
-        auto const& record = *model_.entities()->records()->Get(copy.source);
+        auto const& record = *records_.Get(copy.source);
+        bool const hasText = haveAllText || !GetText(record.textReference()).empty();
         out.Add({0u, guid++, hasText ? text++ : kInvalidIndex, 0u, record.placement()});
     }
 }
 
 void StoredPart::WriteGuids(ElementWriter<Schema::Guid>& out) const {
-    Schema::Entities const& entities = *model_.entities();
+    auto const* const guids = model_.entities()->guids();
     Schema::Guid const noGuid{};
-    for (auto const& copy : copies_.GetAll()) {
-        auto const reference = entities.records()->Get(copy.source)->identifierReference();
-        auto const* const guid = FindElement(entities.guids(), reference);
+    for (References const& references : references_) {
+        auto const* const guid = FindElement(guids, references.guid);
         out.Add(guid == nullptr ? noGuid : *guid);
     }
 }
 
 void StoredPart::WriteTexts(std::function<void(std::string_view)> const& add) const {
     TextCleaner cleaner;
-    for (auto const& copy : copies_.GetAll()) {
-        std::string_view const text = ViewOf(FindText(copy.source));
+    for (References const& references : references_) {
+        std::string_view const text = GetText(references.text);
         if (!text.empty()) add(cleaner.Clean(text));
     }
 }
 
 void StoredPart::WriteHistoryRecords(ElementWriter<Schema::OwnerHistoryRecord>& out) const {
     auto const* const histories = model_.ownerHistories();
-    for (auto const& [source, action] : historyRecords_) {
-        auto const* const record = histories == nullptr ? nullptr : FindElement(histories->records(), source);
-        auto const bits = static_cast<std::uint32_t>(action);
+    auto const* const records = histories == nullptr ? nullptr : histories->records();
+    for (References const& references : references_) {
+        auto const* const record = FindElement(records, references.historyRecord);
+        auto const action = static_cast<std::uint32_t>(references.action);
         if (record == nullptr) {
-            out.Add({0u, bits, 0, 0});
+            out.Add({0u, action, 0, 0});
         } else {
-            out.Add({record->state(), bits, record->creationDate(), record->lastModifiedDate()});
+            out.Add({record->state(), action, record->creationDate(), record->lastModifiedDate()});
         }
     }
 }
@@ -275,12 +275,13 @@ void StoredPart::WriteInstances(ElementWriter<Schema::Instance>& out) const {
 void StoredPart::WriteProperties(ElementWriter<Schema::PropertyEntry>& out, UniqueTexts& strings) const {
     auto const* const properties = model_.properties();
     if (properties == nullptr || CountOf(properties->entries()) == 0) return;
+    auto const& all = *properties->entries();
     EntryCopier entries(*properties, strings);
-    EntryFinder finder(source_.GetStoredProperties(), *properties->entries(), copies_.GetAll().size());
+    EntryFinder finder(source_.GetStoredProperties(), all, copies_.GetAll().size());
     for (auto const& copy : copies_.GetAll()) {
         auto const [first, last] = finder.Find(copy.source);
         auto const entity = static_cast<std::uint32_t>(copy.entity);
-        for (std::uint32_t i = first; i < last; ++i) out.Add(entries.Copy(*properties->entries()->Get(i), entity));
+        for (std::uint32_t i = first; i < last; ++i) out.Add(entries.Copy(*all.Get(i), entity));
     }
 }
 

@@ -53,15 +53,17 @@ public:
     void WriteProperties(ElementWriter<Schema::PropertyEntry>& out, UniqueTexts& strings) const;
 
 private:
-    /// Where a copy's history record comes from, and the action that it gets.
-    struct HistoryRecord {
-        std::uint32_t source;
-        OwnerHistoryChangeAction action;
+    /// What the source's record of a copied entity refers to, so that records are not read again for each.
+    struct References {
+        std::uint32_t guid;
+        std::uint32_t text;
+        std::uint32_t historyRecord;
+        OwnerHistoryChangeAction action;  ///< of the copy
     };
 
     void CopyEntities(EntityList const& list, OwnerHistoryWriter& histories);
     void CopyContent(ContentCopier& content);
-    flatbuffers::String const* FindText(std::uint32_t sourceEntity) const;
+    std::string_view GetText(std::uint32_t reference) const;
 
     /// Calls `visit` with every instance that is written, in the order of the source.
     template <class Visit>
@@ -69,11 +71,13 @@ private:
 
     BufferModelReader const& source_;
     Schema::Model const& model_;
+    flatbuffers::Vector<Schema::EntityRecord const*> const& records_;
+    flatbuffers::Vector<flatbuffers::Offset<flatbuffers::String>> const* texts_;
     StoredNumbers first_;
     StoredNumbers next_;
     EntityCopies copies_;
-    std::vector<HistoryRecord> historyRecords_;  ///< by copy
-    std::size_t textSize_ = 0;                   ///< [bytes] of the source's texts
+    LargeVector<References> references_;  ///< by copy
+    std::size_t textSize_ = 0;            ///< [bytes] of the source's texts
     CopiedDefinitions definitions_;
     std::vector<std::uint32_t> materials_;
     std::vector<std::uint32_t> layers_;

@@ -3,109 +3,13 @@
 #include "model/BufferGate.h"
 #include "model/ModelView.h"
 #include "model/PropertyValue.h"
+#include "model/TableVerifiers.h"
 
 #include <algorithm>
-#include <optional>
 #include <type_traits>
 
 namespace Quorlan {
 namespace {
-
-/// The nesting of the schema is six tables deep; what is deeper is no model.
-constexpr flatbuffers::uoffset_t kMaxDepth = 16;
-
-/// A table is at least its 4-byte head and is reached through a 4-byte offset, so that a buffer in which nothing is
-/// shared holds at most this many. The bound keeps the verifier linear in the buffer's size.
-flatbuffers::uoffset_t GetMaxTables(std::size_t size) { return static_cast<flatbuffers::uoffset_t>(size / 8 + 16); }
-
-flatbuffers::Verifier MakeVerifier(std::vector<char> const& buffer) {
-    auto const* const bytes = reinterpret_cast<std::uint8_t const*>(buffer.data());
-    return flatbuffers::Verifier(bytes, buffer.size(), kMaxDepth, GetMaxTables(buffer.size()));
-}
-
-std::uint64_t SizeOf(flatbuffers::String const* text) { return text == nullptr ? 0 : text->size(); }
-
-std::uint64_t SizeOfTexts(Schema::OwnerPart const& part) {
-    return SizeOf(part.user()) + SizeOf(part.organization()) + SizeOf(part.application());
-}
-
-std::uint64_t SizeOfTexts(Schema::OwnerHistory const& history) {
-    return SizeOf(history.lastModifyingUser()) + SizeOf(history.lastModifyingApplication());
-}
-
-/// The generated tables hide that they are tables.
-template <class Generated>
-flatbuffers::Table const& AsTable(Generated const& generated) {
-    return reinterpret_cast<flatbuffers::Table const&>(generated);
-}
-
-/// Verifies faces, of which a model has more than of all else. Nearly all of them share one vtable, which is verified
-/// when it is met and not again while it stays the same. The tests are those of the generated code.
-class FaceVerifier {
-public:
-    using Faces = flatbuffers::Vector<flatbuffers::Offset<Schema::FaceTable>>;
-
-    explicit FaceVerifier(std::vector<char> const& buffer)
-        : bytes_(reinterpret_cast<std::uint8_t const*>(buffer.data())),
-          bufferSize_(buffer.size()),
-          facesLeft_(GetMaxTables(buffer.size())) {}
-
-    /// Adds the bytes of all loops to `size`. REQUIRES: the vector itself has been verified.
-    bool Verify(flatbuffers::Verifier& verifier, Faces const& faces, std::uint64_t& size) {
-        if (faces.size() > facesLeft_) return false;
-        facesLeft_ -= faces.size();
-        auto const* const offsets = faces.Data();
-        auto const first = static_cast<std::size_t>(offsets - bytes_);
-        for (std::size_t i = 0; i < faces.size(); ++i) {
-            std::size_t const face = first + 4 * i + Read<flatbuffers::uoffset_t>(first + 4 * i);
-            if (!VerifyFace(verifier, face, size)) return false;
-        }
-        return true;
-    }
-
-    std::size_t GetFacesLeft() const { return facesLeft_; }
-
-    /// Counts faces that were verified elsewhere. REQUIRES: they are not more than are left.
-    void Count(std::size_t faces) { facesLeft_ -= faces; }
-
-private:
-    template <class T>
-    T Read(std::size_t at) const {
-        return flatbuffers::ReadScalar<T>(bytes_ + at);
-    }
-
-    bool Holds(std::size_t at, std::size_t length) const { return length < bufferSize_ && at <= bufferSize_ - length; }
-    bool HoldsWord(std::size_t at) const { return at % 4 == 0 && Holds(at, 4); }
-
-    bool VerifyFace(flatbuffers::Verifier& verifier, std::size_t face, std::uint64_t& size) {
-        if (!HoldsWord(face)) return false;
-        std::size_t const vtable = face - static_cast<std::size_t>(Read<flatbuffers::soffset_t>(face));
-        if (vtable != vtable_ && !Meet(verifier, face, vtable)) return false;
-        if (loopField_ == 0) return true;  // no loop
-
-        std::size_t const field = face + loopField_;
-        if (!HoldsWord(field)) return false;
-        auto const offset = Read<flatbuffers::uoffset_t>(field);
-        if (offset == 0 || offset > kMaxBufferSize || !HoldsWord(field + offset)) return false;
-        std::size_t const loopSize = sizeof(std::uint16_t) * Read<flatbuffers::uoffset_t>(field + offset);
-        size += loopSize;
-        return Holds(field + offset, sizeof(flatbuffers::uoffset_t) + loopSize);
-    }
-
-    bool Meet(flatbuffers::Verifier& verifier, std::size_t face, std::size_t vtable) {
-        auto const& table = *reinterpret_cast<flatbuffers::Table const*>(bytes_ + face);
-        if (!table.VerifyTableStart(verifier)) return false;
-        vtable_ = vtable;
-        loopField_ = table.GetOptionalFieldOffset(Schema::FaceTable::VT_OUTERLOOP);
-        return verifier.EndTable();
-    }
-
-    std::uint8_t const* bytes_;
-    std::size_t bufferSize_;
-    std::size_t facesLeft_;
-    std::optional<std::size_t> vtable_;  ///< where the last one stands that has been verified
-    std::size_t loopField_ = 0;          ///< what it says of the loop
-};
 
 /// The generated verification, field by field in the same order, with the sizes of shapes taken on the way.
 class ModelVerifier {
@@ -141,15 +45,9 @@ private:
                verifier_.VerifyVector(histories.links()) && verifier_.EndTable();
     }
 
-    /// With a verifier of its own, whose counters the compiler can keep in registers.
     template <class Table>
     bool VerifyOwnerTables(flatbuffers::Vector<flatbuffers::Offset<Table>> const* tables, std::uint64_t& longest) {
-        auto verifier = MakeVerifier(buffer_);
-        for (std::uint32_t i = 0; i < CountOf(tables); ++i) {
-            if (!tables->Get(i)->Verify(verifier)) return false;
-            longest = std::max(longest, SizeOfTexts(*tables->Get(i)));
-        }
-        return true;
+        return tables == nullptr || OwnerTableVerifier<Table>(buffer_).Verify(*tables, longest);
     }
 
     bool VerifyGeometry(Schema::Geometry const& geometry) {
@@ -198,7 +96,8 @@ private:
         if (!AsTable(shape).VerifyTableStart(verifier_)) return false;
         bool const isRun = scan != nullptr && runs_.Scan(&shape, sizeof(VertexStruct), faces_.GetFacesLeft(), *scan);
         if (isRun) {
-            size = scan->indexCount * sizeof(std::uint16_t) + scan->counts.vertices * sizeof(VertexStruct);
+            size = scan->indexCount * std::uint64_t{sizeof(std::uint16_t)} +
+                   scan->counts.vertices * std::uint64_t{sizeof(VertexStruct)};
             faces_.Count(scan->counts.faces);
             return CountHoles(shape.holes()) && verifier_.EndTable();
         }

@@ -69,7 +69,7 @@ void MeasureLengths(BRepView const& shape, ShapeSketch& sketch) {
 /// What a scan finds out from the parts that it has followed.
 void Complete(ShapeScan& scan, BRepView const& shape, std::uint64_t indexCount, std::uint32_t largestIndex,
               bool isSorted) {
-    scan.indexCount = indexCount;
+    scan.indexCount = static_cast<std::uint32_t>(indexCount);
     scan.isSound = indexCount == 0 || largestIndex < shape.vertexCount;
     scan.isStorable =
         scan.isSound && isSorted && shape.vertexCount >= kMinVertexCount && shape.vertexCount <= kMaxVertexCount;

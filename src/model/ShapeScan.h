@@ -23,12 +23,12 @@ struct ShapeSketch {
 /// What one pass over a stored BRep tells.
 struct ShapeScan {
     ShapeCounts counts;
-    std::uint64_t indexCount = 0;  ///< of all loops
     ShapeSketch sketch;
     Schema::Vector3 min;
     Schema::Vector3 max;
-    bool isSound = false;     ///< has vertices, and all indices are in range
-    bool isFinite = false;    ///< all positions are finite numbers
+    std::uint32_t indexCount = 0;  ///< of all loops of a run; of others modulo 2^32
+    bool isSound = false;          ///< has vertices, and all indices are in range
+    bool isFinite = false;         ///< all positions are finite numbers
     bool isStorable = false;  ///< sound, with at least 3 vertices and no more than a buffer holds, and with the holes
                               ///< in the order of their faces
     bool isRun = false;       ///< stands as one run of bytes, as `ShapeWriter` writes it
