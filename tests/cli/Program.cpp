@@ -22,15 +22,11 @@ namespace {
 
 namespace fs = std::filesystem;
 
-std::string MakeTemporary(std::string pattern, bool folder) {
-    pattern = (fs::temp_directory_path() / pattern).string();
-    if (folder) {
-        if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    } else {
-        int const file = mkstemp(pattern.data());
-        if (file < 0) throw std::runtime_error("no temporary file");
-        close(file);
-    }
+std::string MakeTemporaryFile(std::string const& name) {
+    auto pattern = (fs::temp_directory_path() / (name + "-XXXXXX")).string();
+    int const file = mkstemp(pattern.data());
+    if (file < 0) throw std::runtime_error("no temporary file");
+    close(file);
     return pattern;
 }
 
@@ -58,8 +54,8 @@ AffineTransform MoveTo(double x, double y) {
 /// Runs a program, calls `meanwhile` with its process and waits for its end.
 ProgramRun Run(std::string const& program, std::vector<std::string> const& arguments, std::string const& stdoutPath,
                std::function<void(pid_t)> const& meanwhile = {}) {
-    auto const out = stdoutPath.empty() ? MakeTemporary("quorlan-out-XXXXXX", false) : stdoutPath;
-    auto const err = MakeTemporary("quorlan-err-XXXXXX", false);
+    auto const out = stdoutPath.empty() ? MakeTemporaryFile("quorlan-out") : stdoutPath;
+    auto const err = MakeTemporaryFile("quorlan-err");
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
     posix_spawn_file_actions_addopen(&actions, 1, out.c_str(), O_WRONLY, 0);
@@ -114,13 +110,6 @@ std::vector<char> ReadBytes(std::string const& path) {
 
 void WriteBytes(std::string const& path, std::vector<char> const& bytes) {
     std::ofstream(path, std::ios::binary).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
-}
-
-ProgramTest::ProgramTest() : folder_(MakeTemporary("quorlan-XXXXXX", true)) {}
-
-ProgramTest::~ProgramTest() {
-    std::error_code ignored;
-    fs::remove_all(folder_, ignored);
 }
 
 std::vector<std::string> ProgramTest::GetFiles() const {

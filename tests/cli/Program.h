@@ -1,6 +1,6 @@
 #pragma once
 
-#include <gtest/gtest.h>
+#include "support/FolderTest.h"
 
 #include <nlohmann/json.hpp>
 
@@ -29,13 +29,9 @@ ProgramRun InterruptQuorlan(std::vector<std::string> const& arguments, int signa
 std::vector<char> ReadBytes(std::string const& path);
 void WriteBytes(std::string const& path, std::vector<char> const& bytes);
 
-/// A folder of its own for each test, gone afterwards.
-class ProgramTest : public testing::Test {
+class ProgramTest : public FolderTest {
 protected:
-    ProgramTest();
-    ~ProgramTest() override;
-
-    std::string PathOf(std::string const& name) const { return folder_ + "/" + name; }
+    std::string PathOf(std::string const& name) const { return (folder_ / name).string(); }
 
     /// The names of all files in the folder, sorted: nothing may be left over beside the outputs.
     std::vector<std::string> GetFiles() const;
@@ -46,9 +42,6 @@ protected:
 
     /// Writes the sample building of one storey. Returns its path.
     std::string WriteSample() const;
-
-private:
-    std::string folder_;
 };
 
 /// The GUIDs, in 22 characters, of the cubes of `WriteTwoCubes`.

@@ -82,6 +82,12 @@ void Attach(RTCScene scene, RTCGeometry geometry, unsigned mask, std::uint32_t i
     rtcReleaseGeometry(geometry);
 }
 
+RTCRay MakeRay(MeshRay const& ray, unsigned mask) {
+    auto const& o = ray.origin;
+    auto const& d = ray.direction;
+    return {o.x, o.y, o.z, ray.near, d.x, d.y, d.z, 0, ray.far, mask, 0, 0};
+}
+
 }  // namespace
 
 struct MeshScene::Shape {
@@ -192,18 +198,7 @@ bool MeshScene::Intersect(MeshRay const& ray, MeshHit& hit, unsigned mask) const
     RTCIntersectContext context;
     rtcInitIntersectContext(&context);
     RTCRayHit found{};
-    found.ray = {ray.origin.x,
-                 ray.origin.y,
-                 ray.origin.z,
-                 ray.near,
-                 ray.direction.x,
-                 ray.direction.y,
-                 ray.direction.z,
-                 0,
-                 ray.far,
-                 mask,
-                 0,
-                 0};
+    found.ray = MakeRay(ray, mask);
     found.hit.geomID = RTC_INVALID_GEOMETRY_ID;
     found.hit.instID[0] = RTC_INVALID_GEOMETRY_ID;
     rtcIntersect1(scene_.get(), &context, &found);
@@ -238,18 +233,7 @@ bool MeshScene::Intersect(MeshRay const& ray, MeshHit& hit, unsigned mask) const
 bool MeshScene::IsOccluded(MeshRay const& ray, unsigned mask) const {
     RTCIntersectContext context;
     rtcInitIntersectContext(&context);
-    RTCRay cast{ray.origin.x,
-                ray.origin.y,
-                ray.origin.z,
-                ray.near,
-                ray.direction.x,
-                ray.direction.y,
-                ray.direction.z,
-                0,
-                ray.far,
-                mask,
-                0,
-                0};
+    auto cast = MakeRay(ray, mask);
     rtcOccluded1(scene_.get(), &context, &cast);
     return cast.tfar < 0;
 }

@@ -13,6 +13,7 @@
 #include <variant>
 
 #include "SmallIfc.h"
+#include "support/FolderTest.h"
 
 /// Runs `quorlan import`: exit codes, messages, and what stands on the disk afterwards.
 namespace Quorlan::Testing {
@@ -28,20 +29,8 @@ std::string ReadAll(fs::path const& path) {
     return {std::istreambuf_iterator<char>(file), {}};
 }
 
-class ImportCommand : public testing::Test {
+class ImportCommand : public FolderTest {
 protected:
-    void SetUp() override {
-        auto name = (fs::temp_directory_path() / "quorlan-import-XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder_ = name;
-    }
-    void TearDown() override { fs::remove_all(folder_); }
-
-    fs::path Write(std::string const& name, std::string const& text) const {
-        std::ofstream(folder_ / name, std::ios::binary) << text;
-        return folder_ / name;
-    }
-
     /// Runs the program and keeps what it prints. RETURNS its exit code.
     int Run(std::string const& arguments) {
         auto const command = std::string(QUORLAN_PROGRAM) + " import " + arguments + " >" + (folder_ / "out").string() +
@@ -75,7 +64,6 @@ protected:
         return ifc.GetText();
     }
 
-    fs::path folder_;
     std::string out_;
     std::string error_;
 };

@@ -6,9 +6,9 @@
 #include <gmock/gmock.h>
 
 #include <filesystem>
-#include <fstream>
 
 #include "mesh/NameGuid.h"
+#include "support/FolderTest.h"
 
 /// Meshes: OBJ, PLY, STL and glTF.
 namespace Quorlan::Testing {
@@ -36,20 +36,8 @@ std::string MakeCube(double x, int first) {
     return text;
 }
 
-class MeshImport : public testing::Test {
+class MeshImport : public FolderTest {
 protected:
-    void SetUp() override {
-        auto name = (fs::temp_directory_path() / "quorlan-mesh-XXXXXX").string();
-        ASSERT_NE(mkdtemp(name.data()), nullptr);
-        folder_ = name;
-    }
-    void TearDown() override { fs::remove_all(folder_); }
-
-    fs::path Write(std::string const& name, std::string const& text) const {
-        std::ofstream(folder_ / name, std::ios::binary) << text;
-        return folder_ / name;
-    }
-
     /// Imports a file and opens the model.
     IModelReader const& Import(fs::path const& path, ImportOptions const& options = {}) {
         ModelParts parts;
@@ -74,7 +62,6 @@ protected:
         return instance;
     }
 
-    fs::path folder_;
     ImportReport report_;
     std::optional<ModelStorage> storage_;
 };
