@@ -59,6 +59,7 @@ void BoundingBoxesEigen(benchmark::State& state) {
     auto const& records = BuildingModel::OfSize(state.range(0)).records;
     Eigen::Affine3d const caller = Eigen::Affine3d::Identity();
     std::vector<Eigen::AlignedBox3d> boxes(records.instances->size());
+    Benchmarks::MoveToLargePages(boxes);
     for (auto _ : state) {
         for (std::size_t i = 0; i < boxes.size(); ++i) {
             InstanceRecord const& instance = (*records.instances)[i];

@@ -1,9 +1,9 @@
 #include "analysis/BuildingModel.h"
 
 #include <Quorlan/ModelBuilder.h>
-#include <Quorlan/ModelStorage.h>
 
 #include "support/RandomModel.h"
+#include "support/ReadRecords.h"
 
 #include <cmath>
 #include <map>
@@ -73,30 +73,6 @@ private:
     EntityIndex_t entity_{};
 };
 
-Testing::RawModel ReadRecords(std::vector<char> const& buffer) {
-    auto const storage = ModelStorage::FromBuffer(buffer);
-    auto const& entities = storage.GetModelReader().GetEntities();
-    auto const& geometry = storage.GetModelReader().GetGeometry();
-    Testing::RawModel records;
-    records.entities->resize(entities.GetCount());
-    for (std::uint32_t i = 0; i < entities.GetCount(); ++i) entities.GetPlacementRecord((*records.entities)[i], i);
-    records.placements->resize(geometry.GetPlacementCount());
-    for (std::uint32_t i = 0; i < geometry.GetPlacementCount(); ++i) {
-        geometry.GetPlacementRecord((*records.placements)[i], i);
-    }
-    records.instances->resize(geometry.GetInstanceCount());
-    for (std::uint32_t i = 0; i < geometry.GetInstanceCount(); ++i) geometry.GetInstance((*records.instances)[i], i);
-    auto const narrow = [](Vertex const& v) {
-        return Testing::Vector3f{static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z)};
-    };
-    for (std::uint32_t i = 0; i < geometry.GetDefinitionCount(); ++i) {
-        DefinitionBounds bounds;
-        geometry.GetDefinitionBounds(bounds, i);
-        records.definitions->push_back({1, i, narrow(bounds.min), narrow(bounds.max)});
-    }
-    return records;
-}
-
 }  // namespace
 
 BuildingModel const& BuildingModel::OfSize(std::int64_t instanceCount) {
@@ -104,7 +80,11 @@ BuildingModel const& BuildingModel::OfSize(std::int64_t instanceCount) {
     auto [entry, isNew] = models.try_emplace(instanceCount);
     if (isNew) {
         entry->second.buffer = BuildingWriter(instanceCount).Create();
-        entry->second.records = ReadRecords(entry->second.buffer);
+        auto& records = entry->second.records = Testing::ReadRecords(entry->second.buffer);
+        MoveToLargePages(*records.entities);
+        MoveToLargePages(*records.placements);
+        MoveToLargePages(*records.instances);
+        MoveToLargePages(*records.definitions);
     }
     return entry->second;
 }

@@ -63,6 +63,7 @@ template <class Matrix, class Convert>
 void PlacementsBy(benchmark::State& state, Convert convert) {
     auto const& records = BuildingModel::OfSize(state.range(0)).records;
     std::vector<Matrix> matrices(records.instances->size());
+    Benchmarks::MoveToLargePages(matrices);
     for (auto _ : state) {
         for (std::size_t i = 0; i < matrices.size(); ++i) {
             InstanceRecord const& instance = (*records.instances)[i];
