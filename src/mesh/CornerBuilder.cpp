@@ -37,7 +37,7 @@ void CornerBuilder::Begin(BRepLoops const& loops, Vector3f const* positions, std
     positions_ = positions;
     corners_ = &corners;
     threshold_ = std::cos(angle);
-    normals_.Clear();
+    normals_.Clear(vertexCount);
     flatNormals_.assign(loops.GetFaceCount(), kNone);
     ComputeFaceNormals(vertexCount);
     CollectIncidentFaces(vertexCount);

@@ -19,8 +19,12 @@ static_assert(static_cast<double>(kEqualDistanceSquared) > 1.0000000000000002e-1
 /// A search goes on in the first child down to this far below the node's coordinate.
 constexpr float kDescentTolerance = -4e-5F;
 
-/// Normals whose components differ by no more than this, as rounding makes them differ, are near.
-constexpr float kNear = 1e-6F;
+/// Normals whose components differ by no more than this, as rounding makes them differ, are near: no more than 7e-6
+/// apart and so equal for a search that meets them.
+constexpr float kNear = 4e-6F;
+
+/// Adding this to a component rounds it to whole steps of 1/1024, with 0, 1 and halves in the midst of a step.
+constexpr float kStepRounding = 12288;
 
 /// A node is tight for a search if its plane is closer than this or itself closer than 1e-5 plus this: four times kNear
 /// covers its diagonal and the rounding of all differences (1.2e-7 each for components up to 1).
@@ -33,39 +37,48 @@ std::uint32_t BitsOf(float value) {
     return bits;
 }
 
-bool HasSameBits(Vector3f const& a, Vector3f const& b) { return std::memcmp(&a, &b, sizeof(a)) == 0; }
+bool AreSame(Vector3f const& a, Vector3f const& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
+
+bool AreNear(Vector3f const& a, Vector3f const& b) {
+    return std::fabs(a.x - b.x) <= kNear && std::fabs(a.y - b.y) <= kNear && std::fabs(a.z - b.z) <= kNear;
+}
 
 }  // namespace
 
-void NormalPool::Clear() {
+void NormalPool::Clear(std::uint32_t expectedCount) {
     size_ = 0;
     root_ = nullptr;
     way_.size = 0;
+    cellBits_ = kFewestCellBits;
+    while (cellBits_ < kMostCellBits && 1u << cellBits_ < expectedCount) ++cellBits_;
     if (++generation_ == 0) {
-        recent_ = {};
+        cells_.clear();
         generation_ = 1;
     }
+    if (cells_.size() < std::size_t{1} << cellBits_) cells_.resize(std::size_t{1} << cellBits_);
 }
 
-NormalPool::Recent& NormalPool::RecentSlot(Vector3f const& normal) {
-    std::uint32_t const hash =
-        BitsOf(normal.x) * 0x9E3779B1u ^ BitsOf(normal.y) * 0x85EBCA77u ^ BitsOf(normal.z) * 0xC2B2AE3Du;
-    return recent_[(hash ^ hash >> 15) * 0x2C1B3C6Du >> (32 - kRecentBits)];
+NormalPool::Cell& NormalPool::CellOf(Vector3f const& normal) {
+    std::uint32_t const hash = BitsOf(normal.x + kStepRounding) * 0x9E3779B1u ^
+                               BitsOf(normal.y + kStepRounding) * 0x85EBCA77u ^
+                               BitsOf(normal.z + kStepRounding) * 0xC2B2AE3Du;
+    return cells_[(hash ^ hash >> 15) * 0x2C1B3C6Du >> (32 - cellBits_)];
 }
 
 std::uint16_t NormalPool::FindOrAdd(Vector3f const& normal) {
     if (!IsFinite(normal)) return Search(normal);
-    Recent& recent = RecentSlot(normal);
-    if (recent.generation == generation_ && HasSameBits(recent.normal, normal)) return recent.index;
+    Cell& cell = CellOf(normal);
+    if (cell.generation == generation_ && (AreSame(At(cell.index).normal, normal) || IsCertain(cell.index, normal))) {
+        return cell.index;
+    }
     std::uint16_t const index = Search(normal);
-    if (index != kNone) recent = {normal, index, generation_};
+    if (index != kNone) cell = {index, generation_};
     return index;
 }
 
 bool NormalPool::IsCertain(std::uint16_t index, Vector3f const& normal) const {
     Node const& node = At(index);
-    return std::fabs(normal.x - node.normal.x) <= kNear && std::fabs(normal.y - node.normal.y) <= kNear &&
-           std::fabs(normal.z - node.normal.z) <= kNear && node.isRoomy;
+    return AreNear(node.normal, normal) && node.isRoomy;
 }
 
 NormalPool::Cursor NormalPool::FollowLastWay(Vector3f const& normal) {

@@ -20,15 +20,16 @@ inline bool IsFinite(Vector3f const& v) { return v.x - v.x == 0 && v.y - v.y == 
 /// Searching", 1975) in which a search stops at the first node on its way that is closer than 1e-5. Which of several
 /// close normals answers, and whether one on the other side of a node's plane is found, thus depends on the order of
 /// insertion: the tree is part of the result. Three shortcuts give its answers sooner, never others:
-/// - the same bits get the same answer again (`Recent`);
-/// - a normal next to a pooled one gets that one where no node on its way could decide otherwise (`IsCertain`);
+/// - the same normal gets the same answer again, and one next to a pooled normal that one where no node on its way
+/// could
+///   decide otherwise (`IsCertain`), if the coarse cell of space that it lies in remembers it (`Cell`);
 /// - a search compares all nodes of the last search's way at once and leaves it where it decides otherwise (`Way`).
 class NormalPool {
 public:
     static constexpr std::uint16_t kNone = 65535;
 
-    /// Forgets all normals; memory is kept.
-    void Clear();
+    /// Forgets all normals; memory is kept. The number of normals to expect makes it faster, but is no limit.
+    void Clear(std::uint32_t expectedCount = 0);
 
     std::uint32_t GetSize() const { return size_; }
     Vector3f const& Get(std::uint32_t index) const { return At(index).normal; }
@@ -42,7 +43,8 @@ public:
 
 private:
     static constexpr std::uint32_t kBlockSize = 512;
-    static constexpr std::uint32_t kRecentBits = 9;
+    static constexpr std::uint32_t kFewestCellBits = 6;
+    static constexpr std::uint32_t kMostCellBits = 16;
 
     struct Node {
         Vector3f normal;
@@ -51,11 +53,10 @@ private:
         Node* children[2];
     };
 
-    /// A search that was answered.
-    struct Recent {
-        Vector3f normal;
+    /// The last answer for a normal of a cell, or of any cell of the same hash.
+    struct Cell {
         std::uint16_t index;
-        std::uint16_t generation;
+        std::uint16_t generation;  ///< another than the pool's: empty
     };
 
     /// The nodes that a search passed, from the root on, laid out for comparing many at once. Chunks hold whole rounds
@@ -91,7 +92,7 @@ private:
     };
 
     Node const& At(std::uint32_t index) const { return blocks_[index / kBlockSize][index % kBlockSize]; }
-    Recent& RecentSlot(Vector3f const& normal);
+    Cell& CellOf(Vector3f const& normal);
     Cursor FollowLastWay(Vector3f const& normal);
     std::uint16_t Search(Vector3f const& normal);
     Node* Add(Vector3f const& normal, bool isRoomy);
@@ -100,7 +101,8 @@ private:
     std::uint32_t size_ = 0;
     Node* root_ = nullptr;
     std::uint16_t generation_ = 1;
-    std::array<Recent, 1u << kRecentBits> recent_{};
+    std::uint32_t cellBits_ = kFewestCellBits;
+    std::vector<Cell> cells_ = std::vector<Cell>(std::size_t{1} << kFewestCellBits);
     Way way_{};
 };
 
