@@ -47,7 +47,6 @@ bool AreNear(Vector3f const& a, Vector3f const& b) {
 
 void NormalPool::Clear(std::uint32_t expectedCount) {
     size_ = 0;
-    root_ = nullptr;
     way_.size = 0;
     cellBits_ = kFewestCellBits;
     while (cellBits_ < kMostCellBits && 1u << cellBits_ < expectedCount) ++cellBits_;
@@ -81,7 +80,7 @@ bool NormalPool::IsCertain(std::uint16_t index, Vector3f const& normal) const {
     return AreNear(node.normal, normal) && node.isRoomy;
 }
 
-NormalPool::Cursor NormalPool::FollowLastWay(Vector3f const& normal) {
+NormalPool::Agreement NormalPool::FollowLastWay(Vector3f const& normal) const {
     // The axes of twelve nodes in a row are x, y, z four times over.
     Float4 const axes[3] = {{normal.x, normal.y, normal.z, normal.x},
                             {normal.y, normal.z, normal.x, normal.y},
@@ -107,42 +106,51 @@ NormalPool::Cursor NormalPool::FollowLastWay(Vector3f const& normal) {
         std::uint32_t depth = begin;
         while ((leaves >> (depth - begin) & 1) == 0) ++depth;
         if (depth >= way_.size) break;
-        return {depth == 0 ? &root_ : way_.GetLinkBehind(depth - 1), depth, IsAny(tight)};
+        return {depth, IsAny(tight)};
     }
-    return {way_.size == 0 ? &root_ : way_.GetLinkBehind(way_.size - 1), way_.size, IsAny(tight)};
+    return {way_.size, IsAny(tight)};
 }
 
 std::uint16_t NormalPool::Search(Vector3f const& normal) {
-    auto [link, depth, isTight] = FollowLastWay(normal);
+    auto const [depth, wasTight] = FollowLastWay(normal);
     way_.size = depth;
+    bool isTight = wasTight;
+    std::array<float, 3> const n{normal.x, normal.y, normal.z};
     std::uint32_t axis = depth % 3;
-    float const x = normal.x, y = normal.y, z = normal.z;
-    while (Node* const node = *link) {
-        QUORLAN_PREFETCH(node->children[0]);
-        QUORLAN_PREFETCH(node->children[1]);
-        float const dx = x - node->normal.x;
-        float const dy = y - node->normal.y;
-        float const dz = z - node->normal.z;
-        float const distanceSquared = dx * dx + dy * dy + dz * dz;
-        if (distanceSquared < kEqualDistanceSquared) return node->index;
-        float const difference = axis == 0 ? dx : axis == 1 ? dy : dz;
-        std::size_t const side = difference >= kDescentTolerance ? 0 : 1;
+    // Where the search stands: at child `side` of `parent`, which is `current` and has the coordinate `onAxis`.
+    std::uint32_t parent = kNone;
+    std::uint32_t side = 0;
+    std::uint32_t current = size_ == 0 ? kNone : 0;
+    float onAxis = size_ == 0 ? 0.0F : At(0).normal.x;
+    if (depth > 0) {
+        parent = way_.nodes[depth - 1];
+        side = way_.tookFirst[depth - 1] > 0 ? 0 : 1;
+        current = At(parent).children[side];
+        onAxis = At(parent).childrenOnAxis[side];
+    }
+    while (current != kNone) {
+        Node const& node = At(current);
+        float const difference = n[axis] - onAxis;
+        side = difference >= kDescentTolerance ? 0 : 1;
+        Vector3f const offset = normal - node.normal;
+        float const distanceSquared = Dot(offset, offset);
+        if (distanceSquared < kEqualDistanceSquared) return static_cast<std::uint16_t>(current);
         isTight |= std::fabs(difference - kDescentTolerance) <= kRoom || distanceSquared <= kRoomySquared;
-        if (way_.size < Way::kCapacity) way_.Append(node, axis, side);
-        link = &node->children[side];
+        if (way_.size < Way::kCapacity) way_.Append(node.normal, onAxis, side, current);
+        parent = current;
+        onAxis = node.childrenOnAxis[side];
+        current = node.children[side];
         axis = axis == 2 ? 0 : axis + 1;
     }
     if (size_ == kNone) return kNone;
-    *link = Add(normal, !isTight);
-    return (*link)->index;
-}
-
-NormalPool::Node* NormalPool::Add(Vector3f const& normal, bool isRoomy) {
-    if (size_ / kBlockSize == blocks_.size()) blocks_.push_back(std::make_unique<Node[]>(kBlockSize));
-    Node& node = blocks_[size_ / kBlockSize][size_ % kBlockSize];
-    node = {normal, static_cast<std::uint16_t>(size_), isRoomy, {nullptr, nullptr}};
-    ++size_;
-    return &node;
+    auto const added = static_cast<std::uint16_t>(size_);
+    if (parent != kNone) {
+        nodes_[parent].children[side] = added;
+        nodes_[parent].childrenOnAxis[side] = n[axis];
+    }
+    if (size_ == nodes_.size()) nodes_.emplace_back();
+    nodes_[size_++] = {normal, {}, {kNone, kNone}, !isTight};
+    return added;
 }
 
 }  // namespace Quorlan::Tools

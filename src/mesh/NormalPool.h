@@ -4,7 +4,6 @@
 
 #include <array>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 namespace Quorlan::Tools {
@@ -42,15 +41,16 @@ public:
     bool IsCertain(std::uint16_t index, Vector3f const& normal) const;
 
 private:
-    static constexpr std::uint32_t kBlockSize = 512;
     static constexpr std::uint32_t kFewestCellBits = 6;
     static constexpr std::uint32_t kMostCellBits = 16;
 
-    struct Node {
+    /// A node knows by which coordinates its children will decide, so that a search need not wait for a child to arrive
+    /// from memory before it knows where to go on from there.
+    struct alignas(32) Node {
         Vector3f normal;
-        std::uint16_t index;
-        bool isRoomy;  ///< every search for a normal within kNear of this one ends here
-        Node* children[2];
+        std::array<float, 2> childrenOnAxis;
+        std::array<std::uint16_t, 2> children;  ///< kNone where there is none
+        bool isRoomy;                           ///< every search for a normal within kNear of this one ends here
     };
 
     /// The last answer for a normal of a cell, or of any cell of the same hash.
@@ -68,38 +68,33 @@ private:
         std::array<float, kCapacity> x, y, z;
         std::array<float, kCapacity> onAxis;     ///< the coordinate that the node decides by
         std::array<float, kCapacity> tookFirst;  ///< 1 where the search went on in the first child, else 0
-        std::array<Node*, kCapacity> nodes;
+        std::array<std::uint16_t, kCapacity> nodes;
         std::uint32_t size = 0;
 
         /// REQUIRES: size is below the capacity.
-        void Append(Node* node, std::uint32_t axis, std::size_t takenSide) {
-            x[size] = node->normal.x;
-            y[size] = node->normal.y;
-            z[size] = node->normal.z;
-            onAxis[size] = axis == 0 ? node->normal.x : axis == 1 ? node->normal.y : node->normal.z;
+        void Append(Vector3f const& normal, float decidesBy, std::uint32_t takenSide, std::uint32_t node) {
+            x[size] = normal.x;
+            y[size] = normal.y;
+            z[size] = normal.z;
+            onAxis[size] = decidesBy;
             tookFirst[size] = takenSide == 0 ? 1.0F : 0.0F;
-            nodes[size++] = node;
+            nodes[size++] = static_cast<std::uint16_t>(node);
         }
-
-        Node** GetLinkBehind(std::uint32_t i) const { return &nodes[i]->children[tookFirst[i] > 0 ? 0 : 1]; }
     };
 
-    /// Where a search stands: at the node behind `link`, `depth` below the root.
-    struct Cursor {
-        Node** link;
+    /// How far a search agrees with the last one.
+    struct Agreement {
         std::uint32_t depth;
         bool isTight;  ///< some node or plane on the way was so close that near normals may go elsewhere
     };
 
-    Node const& At(std::uint32_t index) const { return blocks_[index / kBlockSize][index % kBlockSize]; }
+    Node const& At(std::uint32_t index) const { return nodes_[index]; }
     Cell& CellOf(Vector3f const& normal);
-    Cursor FollowLastWay(Vector3f const& normal);
+    Agreement FollowLastWay(Vector3f const& normal) const;
     std::uint16_t Search(Vector3f const& normal);
-    Node* Add(Vector3f const& normal, bool isRoomy);
 
-    std::vector<std::unique_ptr<Node[]>> blocks_;
+    std::vector<Node> nodes_;  ///< those in use, the root first, and what earlier meshes left
     std::uint32_t size_ = 0;
-    Node* root_ = nullptr;
     std::uint16_t generation_ = 1;
     std::uint32_t cellBits_ = kFewestCellBits;
     std::vector<Cell> cells_ = std::vector<Cell>(std::size_t{1} << kFewestCellBits);
