@@ -1,11 +1,12 @@
 #!/usr/bin/env python3
-"""Prints the table of scripts/bench from the JSON files of the benchmark programs.
+"""Prints the tables of scripts/bench from the JSON files of the benchmark programs.
 
 usage: table.py DIRECTORY [--markdown]
 
 A row is one tool at one size: the median time per item, and the plain method's and each peer's time as a multiple of
 it. What was not measured is left out. "limit" is how many times as long we take as copying the bytes that have to be
-read and written would, at the bandwidth that the same run measured (CopyMemory).
+read and written would, at the bandwidth that the same run measured (CopyMemory). A second table has a row for each
+whole model and a column for each tool, in parentheses the time of the plain method or the peer as a multiple of ours.
 """
 
 import json
@@ -51,6 +52,20 @@ ROWS = [
     ("ModelStorage::FromBuffer", "MB", "OpenModel", (1000, 10000, 100000), None, {}, 2e6),
     ("ModelValidator", "MB", "ValidateModel", (1000, 10000, 100000), None, {}, 1e6),
     ("IModelReader, shapes and placements", "MB", "ReadModel", (1000, 10000, 100000), None, {}, 1e6),
+]
+
+# Of whole models, one row each: column, what an item is, benchmark, what is measured beside it
+WHOLE_COLUMNS = [
+    ("boxes", "instance", "BoundingBoxes", None),
+    ("placements", "instance", "Placements", None),
+    ("box tree", "instance", "BoxTree", None),
+    ("LOD lines", "instance", "LodLines", None),
+    ("quantities", "entity", "Quantities", None),
+    ("render mesh", "triangle", "RenderMeshes", None),
+    ("pick (plain)", "pick", "PickSurfaces", "PickSurfacesPlain"),
+    ("open", "MB", "OpenModel", None),
+    ("validate", "MB", "ValidateModel", None),
+    ("merge (object API)", "MB", "MergeOnePercent", "UnpackAndPack"),
 ]
 
 NANOSECONDS = {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}
@@ -120,9 +135,24 @@ def rows_of(results):
             yield tool, shown, f"{format_time(time)} per {item}", ", ".join(against), limit
 
 
-def main():
-    rows = [("tool", "size", "time", "others take", "limit")] + list(rows_of(read_results(sys.argv[1])))
-    if "--markdown" in sys.argv:
+def whole_rows_of(results):
+    prefix = f"Whole/{WHOLE_COLUMNS[0][2]}/"
+    models = [key[len(prefix):] for key in results if key.startswith(prefix)]
+    for model in models:
+        row = [results[prefix + model].get("label", model)]
+        for _, _, name, other in WHOLE_COLUMNS:
+            ours = results.get(f"Whole/{name}/{model}")
+            theirs = results.get(f"Whole/{other}/{model}") if other else None
+            time = time_per_item(ours) if ours else None
+            ratio = f" ({format_ratio(time_per_item(theirs) / time)})" if ours and theirs else ""
+            row.append(format_time(time) + ratio if ours else "")
+        yield row
+
+
+def print_table(rows, is_markdown):
+    if len(rows) == 1:
+        return  # a head without rows
+    if is_markdown:
         for i, row in enumerate(rows):
             print("| " + " | ".join(row) + " |")
             if i == 0:
@@ -131,6 +161,15 @@ def main():
     widths = [max(len(row[column]) for row in rows) for column in range(len(rows[0]))]
     for row in rows:
         print("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip())
+
+
+def main():
+    results = read_results(sys.argv[1])
+    is_markdown = "--markdown" in sys.argv
+    print_table([("tool", "size", "time", "others take", "limit")] + list(rows_of(results)), is_markdown)
+    print()
+    head = ["whole model"] + [f"{title}, per {item}" for title, item, _, _ in WHOLE_COLUMNS]
+    print_table([head] + list(whole_rows_of(results)), is_markdown)
 
 
 if __name__ == "__main__":

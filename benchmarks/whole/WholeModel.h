@@ -1,0 +1,35 @@
+#pragma once
+
+#include <GeometryObjectLib/QuantizedAxisAlignedBoxTree.h>
+#include <Quorlan/ModelStorage.h>
+#include <Tools/Picking/ViewProjection.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace Quorlan::Benchmarks {
+
+/// A model of a file with what its benchmarks need besides.
+struct WholeModel {
+    /// A pixel and the camera it belongs to.
+    struct View {
+        Tools::Picking::ViewProjection camera;
+        double x = 0;
+        double y = 0;
+    };
+
+    /// Throws std::runtime_error, naming the file, for what is not a sound model with instances.
+    explicit WholeModel(std::string const& path);
+
+    std::string name;  ///< of the file, without its folder and ending
+    std::vector<char> buffer;
+    ModelStorage storage;
+    std::uint32_t instanceCount = 0;
+    std::uint32_t entityCount = 0;
+    GeometryObjectLib::QuantizedAxisAlignedBoxTree tree;
+    std::vector<View> views;      ///< 64, from all around the model and a little above it, at pixels near its middle
+    std::vector<char> increment;  ///< modifies every hundredth entity to what it is
+};
+
+}  // namespace Quorlan::Benchmarks
