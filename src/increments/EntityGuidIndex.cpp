@@ -115,15 +115,14 @@ void EntityGuidIndex::AddAll(IModelReader const& reader) {
 
 void EntityGuidIndex::AddAll(BufferModelReader const& reader) {
     auto const* const records = reader.GetModel().entities()->records();
+    auto const* const guids = reader.GetModel().entities()->guids();
     auto const actions = ReadActions(reader.GetModel(), records->size());
     Reserve(records->size());
     Batch batch(*this);
-    _GUID guid{};
     for (std::uint32_t entity = 0; entity < records->size(); ++entity) {
         auto const* const record = records->Get(entity);
         if (record->identifierKind() != 0) continue;
-        reader.GetStoredEntities().GetGuid(guid, record->identifierReference());
-        batch.Add(guid, actions[entity], entity);
+        batch.Add(ToGuid(FindElement(guids, record->identifierReference())), actions[entity], entity);
     }
     batch.Flush();
 }

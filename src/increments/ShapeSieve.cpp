@@ -81,7 +81,7 @@ void ShapeSieve::ReleaseAll(std::vector<GeometryDefinitionIndex_t>& waiting) {
 }
 
 void ShapeSieve::Reserve(std::size_t shapeCount) {
-    shapes_.reserve(shapes_.size() + shapeCount);
+    ReserveMore(shapes_, shapeCount);
     std::size_t size = cells_.size();
     while (size < 2 * (occupiedCount_ + shapeCount)) size *= 2;
     if (size > cells_.size()) GrowTo(size);

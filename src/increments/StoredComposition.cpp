@@ -54,7 +54,7 @@ StoredComposition::StoredComposition()
 
 void StoredComposition::Add(BufferModelReader const& source, EntityList const& entities) {
     StoredNumbers const first = parts_.empty() ? StoredNumbers() : parts_.back().GetNext();
-    histories_.histories.reserve(histories_.histories.size() + entities.size());
+    ReserveMore(histories_.histories, entities.size());
     parts_.emplace_back(source, entities, first, histories_, content_);
 }
 

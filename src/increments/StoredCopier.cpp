@@ -1,16 +1,7 @@
 #include "increments/StoredCopier.h"
 
-#include <algorithm>
-
 namespace Quorlan::Tools::Increments {
 namespace {
-
-/// Makes room for more elements, by doubling where many small calls follow one another.
-template <class Vector>
-void ReserveMore(Vector& elements, std::size_t count) {
-    std::size_t const needed = elements.size() + count;
-    if (needed > elements.capacity()) elements.reserve(std::max(needed, 2 * elements.capacity()));
-}
 
 /// Appends what an operation of the part writes.
 template <class Vector, class... Arguments>

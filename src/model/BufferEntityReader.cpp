@@ -2,8 +2,6 @@
 #include "model/IfcGuid.h"
 #include "model/WideText.h"
 
-#include <cstring>
-
 namespace Quorlan {
 
 std::uint32_t BufferEntityReader::GetCount() const { return entities_.records()->size(); }
@@ -28,19 +26,7 @@ void BufferEntityReader::GetText(std::wstring& out, std::uint32_t textReference)
 }
 
 void BufferEntityReader::GetGuid(_GUID& out, std::uint32_t reference) const {
-    out = {};
-    auto const* const guid = FindElement(entities_.guids(), reference);
-    if (guid == nullptr) return;
-#if FLATBUFFERS_LITTLEENDIAN
-    static_assert(sizeof(out) == sizeof(*guid));
-    std::memcpy(&out, guid, sizeof(out));  // the stored words are the bytes in order
-#else
-    out.Data1 = guid->data1();
-    out.Data2 = guid->data2();
-    out.Data3 = guid->data3();
-    std::uint32_t const words[2] = {guid->data4a(), guid->data4b()};
-    for (unsigned i = 0; i < 8; ++i) out.Data4[i] = static_cast<unsigned char>(words[i / 4] >> (8 * (i % 4)));
-#endif
+    out = ToGuid(FindElement(entities_.guids(), reference));
 }
 
 void BufferEntityReader::GetGuidText(std::string& out, std::uint32_t reference) const {

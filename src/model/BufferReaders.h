@@ -105,7 +105,6 @@ public:
 
     /// The tables that the readers read.
     Schema::Model const& GetModel() const { return model_; }
-    BufferEntityReader const& GetStoredEntities() const { return entities_; }
     BufferPropertyReader const& GetStoredProperties() const { return properties_; }
 
     IEntityReader const& GetEntities() const override { return entities_; }
@@ -125,6 +124,23 @@ private:
 template <class T>
 auto FindElement(flatbuffers::Vector<T> const* vector, std::uint32_t index) -> decltype(vector->Get(index)) {
     return index < CountOf(vector) ? vector->Get(index) : nullptr;
+}
+
+/// The GUID as it is stored; all zero where it is not there.
+inline _GUID ToGuid(Schema::Guid const* guid) {
+    _GUID out{};
+    if (guid == nullptr) return out;
+#if FLATBUFFERS_LITTLEENDIAN
+    static_assert(sizeof(out) == sizeof(*guid));
+    std::memcpy(&out, guid, sizeof(out));  // the stored words are the bytes in order
+#else
+    out.Data1 = guid->data1();
+    out.Data2 = guid->data2();
+    out.Data3 = guid->data3();
+    std::uint32_t const words[2] = {guid->data4a(), guid->data4b()};
+    for (unsigned i = 0; i < 8; ++i) out.Data4[i] = static_cast<unsigned char>(words[i / 4] >> (8 * (i % 4)));
+#endif
+    return out;
 }
 
 inline void Assign(std::string& out, flatbuffers::String const* text) {

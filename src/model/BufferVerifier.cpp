@@ -75,9 +75,9 @@ private:
         if (!verifier_.VerifyVector(shapes)) return false;
         auto& sizes = out_.shapeSizes[kind];
         sizes.resize(CountOf(shapes));
-        if (scans_ != nullptr) (*scans_)[kind].resize(sizes.size());
+        if (scans_ != nullptr) (*scans_)[kind].reserve(sizes.size());
         for (std::uint32_t i = 0; i < sizes.size(); ++i) {
-            ShapeScan* const scan = scans_ == nullptr ? nullptr : &(*scans_)[kind][i];
+            ShapeScan* const scan = scans_ == nullptr ? nullptr : &(*scans_)[kind].emplace_back();
             if (!VerifyShape(*shapes->Get(i), sizes[i], scan)) return false;
         }
         return true;

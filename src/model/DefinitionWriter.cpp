@@ -156,12 +156,8 @@ GeometryDefinitionIndex_t DefinitionWriter::AddStored(BRepKind kind, void const*
 }
 
 void DefinitionWriter::Reserve(BRepKind kind, std::size_t count) {
-    auto const reserve = [count](auto& elements) {
-        std::size_t const needed = elements.size() + count;
-        if (needed > elements.capacity()) elements.reserve(std::max(needed, 2 * elements.capacity()));
-    };
-    reserve(shapes_[static_cast<std::size_t>(kind)]);
-    reserve(definitions);
+    ReserveMore(shapes_[static_cast<std::size_t>(kind)], count);
+    ReserveMore(definitions, count);
 }
 
 BRepView MakeView(BRepKind kind, void const* table) {

@@ -53,4 +53,14 @@ private:
 template <class T>
 using LargeVector = std::vector<T, LargePageAllocator<T>>;
 
+/// Makes room for more elements: with some to spare for an increment behind a model, and by doubling where many small
+/// calls follow one another.
+template <class Vector>
+void ReserveMore(Vector& elements, std::size_t count) {
+    std::size_t const needed = elements.size() + count;
+    if (needed <= elements.capacity()) return;
+    std::size_t const wanted = elements.empty() ? needed + needed / 16 : 2 * elements.capacity();
+    elements.reserve(wanted < needed ? needed : wanted);
+}
+
 }  // namespace Quorlan

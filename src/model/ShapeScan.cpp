@@ -23,36 +23,63 @@ std::uint64_t Mix(std::uint64_t value) {
 
 /// The position at an address, with whatever follows it in the fourth lane.
 Float4 LoadPosition(std::uint8_t const* bytes) {
-    float values[4];
-    std::memcpy(values, bytes, sizeof(values));
-    return {values[0], values[1], values[2], values[3]};
+    static_assert(sizeof(Float4) == 4 * sizeof(float));
+    Float4 position;
+    std::memcpy(&position, bytes, sizeof(position));
+    return position;
+}
+
+/// The bounds of positions, and a sum that is zero if all are finite.
+struct PositionRange {
+    Float4 lo{std::numeric_limits<float>::infinity()};
+    Float4 hi{-std::numeric_limits<float>::infinity()};
+    Float4 sum{0.0f};
+
+    void Add(Float4 const& position) {
+        lo = Min(lo, position);
+        hi = Max(hi, position);
+        sum = sum + position * Float4(0.0f);
+    }
+};
+
+/// Of equal bounds the first counts, which only zeros of both signs tell apart.
+void SetZeroBounds(BRepView const& shape, float* lo, float* hi) {
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        if (lo[axis] != 0 && hi[axis] != 0) continue;
+        float value = 1;
+        std::uint8_t const* bytes = shape.vertices + axis * sizeof(float);
+        for (; value != 0; bytes += shape.vertexStride) std::memcpy(&value, bytes, sizeof(value));
+        if (lo[axis] == 0) lo[axis] = value;
+        if (hi[axis] == 0) hi[axis] = value;
+    }
 }
 
 /// Bounds as `StoredBounds` finds them, and whether all positions are finite.
 void ScanPositions(BRepView const& shape, ShapeScan& scan) {
-    constexpr float kInfinity = std::numeric_limits<float>::infinity();
-    Float4 const zero(0.0f);
-    Float4 lo(kInfinity);
-    Float4 hi(-kInfinity);
-    Float4 sum = zero;
-    auto const add = [&](Float4 const& position) {
-        lo = Min(lo, position);
-        hi = Max(hi, position);
-        sum = sum + position * zero;
-    };
+    // Two at a time, side by side: each step of one waits for the step before.
+    PositionRange even;
+    PositionRange odd;
+    std::size_t const stride = shape.vertexStride;
     std::uint32_t const last = shape.vertexCount - 1;
     std::uint8_t const* bytes = shape.vertices;
-    for (std::uint32_t i = 0; i < last; ++i, bytes += shape.vertexStride) add(LoadPosition(bytes));
+    for (std::uint32_t i = 0; i < last / 2; ++i, bytes += 2 * stride) {
+        even.Add(LoadPosition(bytes));
+        odd.Add(LoadPosition(bytes + stride));
+    }
+    if (last % 2 == 1) even.Add(LoadPosition(bytes));
     Vector3f const end = shape.GetPosition(last);
-    add({end.x, end.y, end.z, 0});
+    odd.Add({end.x, end.y, end.z, 0});
 
-    float corners[3][4];
-    Store(lo, corners[0]);
-    Store(hi, corners[1]);
-    Store(sum, corners[2]);
-    scan.min = {corners[0][0], corners[0][1], corners[0][2]};
-    scan.max = {corners[1][0], corners[1][1], corners[1][2]};
-    scan.isFinite = corners[2][0] == 0 && corners[2][1] == 0 && corners[2][2] == 0;
+    float lo[4];
+    float hi[4];
+    float sum[4];
+    Store(Min(even.lo, odd.lo), lo);
+    Store(Max(even.hi, odd.hi), hi);
+    Store(even.sum + odd.sum, sum);
+    scan.isFinite = sum[0] == 0 && sum[1] == 0 && sum[2] == 0;
+    if (scan.isFinite) SetZeroBounds(shape, lo, hi);
+    scan.min = {lo[0], lo[1], lo[2]};
+    scan.max = {hi[0], hi[1], hi[2]};
 }
 
 void MeasureLengths(BRepView const& shape, ShapeSketch& sketch) {
