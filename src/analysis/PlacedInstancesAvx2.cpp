@@ -231,6 +231,9 @@ QUORLAN_AVX2_INLINE Record GetBounds(InstanceBytes const& bytes, std::uint32_t c
     return bytes.definitions + instance[2] * InstanceLayout::kDefinitionSize + InstanceLayout::kDefinitionBounds;
 }
 
+/// How many instances ahead their own records are fetched, so that what they name is known when it is to be fetched.
+constexpr std::size_t kInstanceDistance = 3 * kAvx2PrefetchDistance;
+
 constexpr std::size_t kLastOfPlacement = InstanceLayout::kPlacementSize - 1;
 
 QUORLAN_AVX2_INLINE void Prefetch(void const* address) {
@@ -302,6 +305,7 @@ QUORLAN_AVX2 void ComputeBoxesAvx2(InstanceBytes const& bytes, double const (&ca
         Record entities[8];
         Record bounds[8];
         for (std::size_t lane = 0; lane < 8; ++lane) {
+            if (lane % 4 == 0) Prefetch(GetInstance(bytes, first + i + lane + kInstanceDistance));
             std::uint32_t const* const instance = GetInstance(bytes, first + i + lane);
             placements[lane] = GetPlacement(bytes, instance);
             entities[lane] = GetEntityPlacement(bytes, instance);
@@ -327,6 +331,7 @@ QUORLAN_AVX2 void ComputePlacementsAvx2(InstanceBytes const& bytes, double const
         Record placements[4];
         Record entities[4];
         for (std::size_t lane = 0; lane < 4; ++lane) {
+            if (lane % 4 == 0) Prefetch(GetInstance(bytes, first + i + lane + kInstanceDistance));
             std::uint32_t const* const instance = GetInstance(bytes, first + i + lane);
             placements[lane] = GetPlacement(bytes, instance);
             entities[lane] = GetEntityPlacement(bytes, instance);
