@@ -34,6 +34,17 @@ inline Float4 NextAxis(Float4 const& a) { return {a.lane[1], a.lane[2], a.lane[0
 
 #endif
 
+/// The number of the lowest bit that is set. REQUIRES: one is.
+inline unsigned CountZerosBelow(unsigned bits) {
+#if defined(__GNUC__)
+    return static_cast<unsigned>(__builtin_ctz(bits));
+#else
+    unsigned count = 0;
+    while ((bits >> count & 1) == 0) ++count;
+    return count;
+#endif
+}
+
 inline bool IsAny(LaneMask const& a) { return ToBits(a) != 0; }
 
 inline LaneMask IsZero(Float4 const& a) { return Abs(a) <= Float4(0.0F); }

@@ -37,6 +37,14 @@ std::uint32_t BitsOf(float value) {
     return bits;
 }
 
+/// The same for all normals of a cell.
+std::uint32_t HashOfCell(Vector3f const& normal) {
+    std::uint32_t const hash = BitsOf(normal.x + kStepRounding) * 0x9E3779B1u ^
+                               BitsOf(normal.y + kStepRounding) * 0x85EBCA77u ^
+                               BitsOf(normal.z + kStepRounding) * 0xC2B2AE3Du;
+    return (hash ^ hash >> 15) * 0x2C1B3C6Du;
+}
+
 bool AreSame(Vector3f const& a, Vector3f const& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
 
 bool AreNear(Vector3f const& a, Vector3f const& b) {
@@ -57,21 +65,18 @@ void NormalPool::Clear(std::uint32_t expectedCount) {
     if (cells_.size() < std::size_t{1} << cellBits_) cells_.resize(std::size_t{1} << cellBits_);
 }
 
-NormalPool::Cell& NormalPool::CellOf(Vector3f const& normal) {
-    std::uint32_t const hash = BitsOf(normal.x + kStepRounding) * 0x9E3779B1u ^
-                               BitsOf(normal.y + kStepRounding) * 0x85EBCA77u ^
-                               BitsOf(normal.z + kStepRounding) * 0xC2B2AE3Du;
-    return cells_[(hash ^ hash >> 15) * 0x2C1B3C6Du >> (32 - cellBits_)];
-}
-
 std::uint16_t NormalPool::FindOrAdd(Vector3f const& normal) {
     if (!IsFinite(normal)) return Search(normal);
-    Cell& cell = CellOf(normal);
-    if (cell.generation == generation_ && (AreSame(At(cell.index).normal, normal) || IsCertain(cell.index, normal))) {
-        return cell.index;
+    std::uint32_t const hash = HashOfCell(normal);
+    Cell* const cells = &cells_[(hash >> (32 - cellBits_)) & ~1u];
+    auto const isUsed = [&](Cell const& cell) { return cell.generation == generation_; };
+    for (Cell const* cell = cells; cell != cells + 2; ++cell) {
+        if (cell->hash != hash || !isUsed(*cell)) continue;
+        if (AreSame(At(cell->index).normal, normal) || IsCertain(cell->index, normal)) return cell->index;
     }
     std::uint16_t const index = Search(normal);
-    if (index != kNone) cell = {index, generation_};
+    Cell& cell = isUsed(cells[0]) && cells[0].hash != hash ? cells[1] : cells[0];
+    if (index != kNone) cell = {hash, index, generation_};
     return index;
 }
 
@@ -95,7 +100,7 @@ NormalPool::Agreement NormalPool::FollowLastWay(Vector3f const& normal) const {
             Float4 const distanceSquared = Dot(offset, offset);
             Float4 const difference = axes[k] - Load(&way_.onAxis[i]);
             auto const isFirst = difference >= Float4(kDescentTolerance);
-            auto const wasFirst = Load(&way_.tookFirst[i]) > Float4(0.0F);
+            auto const wasFirst = Load(&way_.side[i]) <= Float4(0.0F);
             leaves |= ToBits((isFirst & !wasFirst) | (wasFirst & !isFirst) |
                              (distanceSquared < Float4(kEqualDistanceSquared)))
                       << 4 * k;
@@ -103,8 +108,7 @@ NormalPool::Agreement NormalPool::FollowLastWay(Vector3f const& normal) const {
                     (distanceSquared <= Float4(kRoomySquared));
         }
         if (leaves == 0) continue;
-        std::uint32_t depth = begin;
-        while ((leaves >> (depth - begin) & 1) == 0) ++depth;
+        std::uint32_t const depth = begin + CountZerosBelow(leaves);
         if (depth >= way_.size) break;
         return {depth, IsAny(tight)};
     }
@@ -124,7 +128,7 @@ std::uint16_t NormalPool::Search(Vector3f const& normal) {
     float onAxis = size_ == 0 ? 0.0F : At(0).normal.x;
     if (depth > 0) {
         parent = way_.nodes[depth - 1];
-        side = way_.tookFirst[depth - 1] > 0 ? 0 : 1;
+        side = way_.side[depth - 1] > 0 ? 1 : 0;
         current = At(parent).children[side];
         onAxis = At(parent).childrenOnAxis[side];
     }

@@ -53,8 +53,9 @@ private:
         bool isRoomy;                           ///< every search for a normal within kNear of this one ends here
     };
 
-    /// The last answer for a normal of a cell, or of any cell of the same hash.
+    /// An answer for a normal of a cell of space. Two cells of the same hash but for its last bits stand side by side.
     struct Cell {
+        std::uint32_t hash;
         std::uint16_t index;
         std::uint16_t generation;  ///< another than the pool's: empty
     };
@@ -66,8 +67,8 @@ private:
         static constexpr std::uint32_t kCapacity = 10 * kChunk;
 
         std::array<float, kCapacity> x, y, z;
-        std::array<float, kCapacity> onAxis;     ///< the coordinate that the node decides by
-        std::array<float, kCapacity> tookFirst;  ///< 1 where the search went on in the first child, else 0
+        std::array<float, kCapacity> onAxis;  ///< the coordinate that the node decides by
+        std::array<float, kCapacity> side;    ///< 0 where the search went on in the first child, else 1
         std::array<std::uint16_t, kCapacity> nodes;
         std::uint32_t size = 0;
 
@@ -77,7 +78,7 @@ private:
             y[size] = normal.y;
             z[size] = normal.z;
             onAxis[size] = decidesBy;
-            tookFirst[size] = takenSide == 0 ? 1.0F : 0.0F;
+            side[size] = static_cast<float>(takenSide);
             nodes[size++] = static_cast<std::uint16_t>(node);
         }
     };
@@ -89,7 +90,6 @@ private:
     };
 
     Node const& At(std::uint32_t index) const { return nodes_[index]; }
-    Cell& CellOf(Vector3f const& normal);
     Agreement FollowLastWay(Vector3f const& normal) const;
     std::uint16_t Search(Vector3f const& normal);
 
