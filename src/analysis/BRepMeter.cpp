@@ -5,7 +5,6 @@
 #include "analysis/SmallFacesAvx2.h"
 
 #include <algorithm>
-#include <utility>
 
 namespace Quorlan {
 namespace {
@@ -65,24 +64,24 @@ bool IsSmall(BRepView const& brep, flatbuffers::Vector<std::uint16_t> const* loo
 }
 
 template <std::size_t CornerCount>
-bool MeasureInLanes(BRepView const& brep, SmallFaces const& faces, Vertex const& apexOfAll,
+bool MeasureInLanes(BRepView const& brep, SmallFaces const& faces, std::size_t at, Vertex const& apexOfAll,
                     SmallFaceMeasures& measures) {
-    SmallFaceLanes<CornerCount> const lanes(brep, faces.loops);
+    SmallFaceLanes<CornerCount> const lanes(brep, faces.loops + at);
     if constexpr (CornerCount == 4) {
         if (!lanes.AreConvex()) return false;
     }
     if (!lanes.CanCompareSquares()) return false;
 
-    Store(lanes.ComputeAreas(kShortestNormal), measures.areas);
+    Store(lanes.ComputeAreas(kShortestNormal), measures.areas + at);
     auto const apex = Broadcast(apexOfAll);
     for (std::size_t t = 0; t < CornerCount - 2; ++t) {
         Double4 volumes(0.0);
         VectorLanes<Double4> moments;
         lanes.ComputeTetrahedra(apex, t + 1, volumes, moments);
-        Store(volumes, measures.volumes[t]);
-        Store(moments.x, measures.moments[t][0]);
-        Store(moments.y, measures.moments[t][1]);
-        Store(moments.z, measures.moments[t][2]);
+        Store(volumes, measures.volumes[t] + at);
+        Store(moments.x, measures.moments[t][0] + at);
+        Store(moments.y, measures.moments[t][1] + at);
+        Store(moments.z, measures.moments[t][2] + at);
     }
     return true;
 }
@@ -140,7 +139,7 @@ BRepQuantities BRepMeter::Measure(BRepView const& brep) {
                 AddSmallFaces(brep, small, sums);
             }
             small.cornerCount = cornerCount;
-            small.faces[small.size] = f;
+            if (small.size == 0) small.firstFace = f;
             small.loops[small.size++] = loop->data();
         } else {
             AddSmallFaces(brep, small, sums);
@@ -153,13 +152,15 @@ BRepQuantities BRepMeter::Measure(BRepView const& brep) {
 
 /// Adds the faces in their order and removes them.
 void BRepMeter::AddSmallFaces(BRepView const& brep, SmallFaces& faces, Sums& sums) {
-    std::size_t const size = std::exchange(faces.size, 0);
+    std::size_t const size = faces.size;
     if (size == 0) return;
-    for (std::size_t i = size; i < kSmallFaceCount; ++i) faces.loops[i] = faces.loops[size - 1];
+    for (std::size_t i = size; i % 4 != 0; ++i) faces.loops[i] = faces.loops[size - 1];
     SmallFaceMeasures measures;
     Vertex const apex = sums.GetApex(ToVertex(brep.GetPosition(faces.loops[0][0])));
-    if (!MeasureFaces(brep, faces, apex, measures)) {
-        for (std::size_t i = 0; i < size; ++i) AddFace(brep, faces.faces[i], 0, 0, sums);
+    bool const areMeasured = MeasureFaces(brep, faces, apex, measures);
+    faces.size = 0;
+    if (!areMeasured) {
+        for (std::uint32_t i = 0; i < size; ++i) AddFace(brep, faces.firstFace + i, 0, 0, sums);
         return;
     }
     sums.SetApex(apex);
@@ -176,13 +177,16 @@ void BRepMeter::AddSmallFaces(BRepView const& brep, SmallFaces& faces, Sums& sum
 bool BRepMeter::MeasureFaces(BRepView const& brep, SmallFaces const& faces, Vertex const& apex,
                              SmallFaceMeasures& measures) const {
 #if QUORLAN_HAS_AVX2
-    if (usesAvx2_) {
-        return MeasureSmallFacesAvx2(brep.vertices, brep.vertexStride, faces, {apex.x, apex.y, apex.z}, kShortestNormal,
-                                     measures);
+    if (usesAvx2_ && brep.vertexStride == kPositionSize) {
+        return MeasureSmallFacesAvx2(brep.vertices, faces, {apex.x, apex.y, apex.z}, kShortestNormal, measures);
     }
 #endif
-    return faces.cornerCount == 3 ? MeasureInLanes<3>(brep, faces, apex, measures)
-                                  : MeasureInLanes<4>(brep, faces, apex, measures);
+    for (std::size_t at = 0; at < faces.size; at += 4) {
+        bool const areMeasured = faces.cornerCount == 3 ? MeasureInLanes<3>(brep, faces, at, apex, measures)
+                                                        : MeasureInLanes<4>(brep, faces, at, apex, measures);
+        if (!areMeasured) return false;
+    }
+    return true;
 }
 
 /// Adds any face with the holes at these places of `holesByFace_`.

@@ -21,7 +21,7 @@ public:
     using Corners = VectorLanes<Double4>;
 
     /// Of less than four faces the last is repeated by the caller.
-    SmallFaceLanes(BRepView const& brep, std::uint16_t const* const (&loops)[kSmallFaceCount]) {
+    SmallFaceLanes(BRepView const& brep, std::uint16_t const* const* loops) {
         for (std::size_t i = 0; i < CornerCount; ++i) {
             auto const load = [&](std::size_t face) {
                 return GeometryObjectLib::LoadTriple(brep.vertices + std::size_t{loops[face][i]} * brep.vertexStride);

@@ -7,11 +7,19 @@
 namespace Quorlan {
 namespace {
 
-/// Corner `i` of all faces.
-QUORLAN_AVX2_INLINE Vectors LoadCorners(std::uint8_t const* vertices, std::size_t stride, SmallFaces const& faces,
+/// Four faces, halfway through.
+struct Group {
+    Vectors corners[4];
+    Vectors u;         ///< along the longest edge
+    Vectors opposite;  ///< unit normal turned round
+    __m256d length;    ///< of the Newell normal
+};
+
+/// Corner `i` of four loops.
+QUORLAN_AVX2_INLINE Vectors LoadCorners(std::uint8_t const* vertices, std::uint16_t const* const* loops,
                                         std::size_t i) {
-    return LoadVertices(vertices + faces.loops[0][i] * stride, vertices + faces.loops[1][i] * stride,
-                        vertices + faces.loops[2][i] * stride, vertices + faces.loops[3][i] * stride);
+    return LoadVertices(vertices + loops[0][i] * kPositionSize, vertices + loops[1][i] * kPositionSize,
+                        vertices + loops[2][i] * kPositionSize, vertices + loops[3][i] * kPositionSize);
 }
 
 /// The longest edge of each loop, of equal ones the first, and the square of its length.
@@ -49,32 +57,12 @@ QUORLAN_AVX2_INLINE Vectors ComputeOppositeNormal(Vectors const* corners, Vector
     return opposite;
 }
 
-/// Zeros may have the other sign than in scalars, which no sum that starts at 0 shows.
-QUORLAN_AVX2_INLINE __m256d ComputeAreas(Vectors const* corners, Vectors const* edges, Vectors const& longestEdges,
-                                         __m256d longestSquared, std::size_t count, double shortestNormal) {
-    Vectors const opposite = ComputeOppositeNormal(corners, edges, count);
-    __m256d const length = _mm256_sqrt_pd(Dot(opposite, opposite));
-    Vectors const u = Divide(longestEdges, _mm256_sqrt_pd(longestSquared));
-    Vectors const oppositeV = Cross(Divide(opposite, length), u);
-    __m256d sum = _mm256_setzero_pd();
-    __m256d previousU = Dot(u, corners[count - 1]);
-    __m256d previousV = Dot(oppositeV, corners[count - 1]);
-    for (std::size_t i = 0; i < count; ++i) {
-        __m256d const alongU = Dot(u, corners[i]);
-        __m256d const alongV = Dot(oppositeV, corners[i]);
-        sum = sum + (previousU * alongV - previousV * alongU);
-        previousU = alongU;
-        previousV = alongV;
-    }
-    return _mm256_andnot_pd(IsLess(length, _mm256_set1_pd(shortestNormal)), _mm256_set1_pd(-0.5) * sum);
-}
-
-QUORLAN_AVX2_INLINE bool Measure(std::uint8_t const* vertices, std::size_t stride, SmallFaces const& faces,
-                                 double const (&apexOfAll)[3], double shortestNormal, std::size_t count,
-                                 SmallFaceMeasures& measures) {
-    Vectors corners[4];
+/// RETURNS false where SmallFaceLanes cannot measure the faces.
+QUORLAN_AVX2_INLINE bool Begin(std::uint8_t const* vertices, std::uint16_t const* const* loops, std::size_t count,
+                               Group& group) {
+    Vectors* const corners = group.corners;
     Vectors edges[4];
-    for (std::size_t i = 0; i < count; ++i) corners[i] = LoadCorners(vertices, stride, faces, i);
+    for (std::size_t i = 0; i < count; ++i) corners[i] = LoadCorners(vertices, loops, i);
     for (std::size_t i = 0; i < count; ++i) {
         edges[i] = Subtract(corners[i + 1 == count ? 0 : i + 1], corners[i]);
     }
@@ -87,26 +75,65 @@ QUORLAN_AVX2_INLINE bool Measure(std::uint8_t const* vertices, std::size_t strid
     Vectors longest;
     __m256d longestSquared;
     if (!FindLongestEdges(edges, count, longest, longestSquared)) return false;
+    Vectors const opposite = ComputeOppositeNormal(corners, edges, count);
+    group.length = _mm256_sqrt_pd(Dot(opposite, opposite));
+    group.opposite = Divide(opposite, group.length);
+    group.u = Divide(longest, _mm256_sqrt_pd(longestSquared));
+    return true;
+}
 
-    _mm256_storeu_pd(measures.areas, ComputeAreas(corners, edges, longest, longestSquared, count, shortestNormal));
+QUORLAN_AVX2_INLINE void StoreTetrahedra(Group const& group, double const (&apexOfAll)[3], std::size_t count,
+                                         std::size_t at, SmallFaceMeasures& measures) {
     Vectors const apex{_mm256_set1_pd(apexOfAll[0]), _mm256_set1_pd(apexOfAll[1]), _mm256_set1_pd(apexOfAll[2])};
     for (std::size_t t = 0; t + 2 < count; ++t) {
         Vectors moments;
-        _mm256_storeu_pd(measures.volumes[t],
-                         ComputeTetrahedra(apex, corners[0], corners[t + 1], corners[t + 2], moments));
-        _mm256_storeu_pd(measures.moments[t][0], moments.x);
-        _mm256_storeu_pd(measures.moments[t][1], moments.y);
-        _mm256_storeu_pd(measures.moments[t][2], moments.z);
+        __m256d const volumes =
+            ComputeTetrahedra(apex, group.corners[0], group.corners[t + 1], group.corners[t + 2], moments);
+        _mm256_storeu_pd(measures.volumes[t] + at, volumes);
+        _mm256_storeu_pd(measures.moments[t][0] + at, moments.x);
+        _mm256_storeu_pd(measures.moments[t][1] + at, moments.y);
+        _mm256_storeu_pd(measures.moments[t][2] + at, moments.z);
+    }
+}
+
+/// Zeros may have the other sign than in scalars, which no sum that starts at 0 shows.
+QUORLAN_AVX2_INLINE __m256d ComputeAreas(Group const& group, std::size_t count, double shortestNormal) {
+    Vectors const oppositeV = Cross(group.opposite, group.u);
+    __m256d sum = _mm256_setzero_pd();
+    __m256d previousU = Dot(group.u, group.corners[count - 1]);
+    __m256d previousV = Dot(oppositeV, group.corners[count - 1]);
+    for (std::size_t i = 0; i < count; ++i) {
+        __m256d const alongU = Dot(group.u, group.corners[i]);
+        __m256d const alongV = Dot(oppositeV, group.corners[i]);
+        sum = sum + (previousU * alongV - previousV * alongU);
+        previousU = alongU;
+        previousV = alongV;
+    }
+    return _mm256_andnot_pd(IsLess(group.length, _mm256_set1_pd(shortestNormal)), _mm256_set1_pd(-0.5) * sum);
+}
+
+/// The roots and divisions of a group take long: what needs them comes last, behind all else of both groups.
+QUORLAN_AVX2_INLINE bool Measure(std::uint8_t const* vertices, SmallFaces const& faces, double const (&apex)[3],
+                                 double shortestNormal, std::size_t count, SmallFaceMeasures& measures) {
+    Group groups[kSmallFaceCount / 4];
+    for (std::size_t at = 0; at < faces.size; at += 4) {
+        if (!Begin(vertices, faces.loops + at, count, groups[at / 4])) return false;
+    }
+    for (std::size_t at = 0; at < faces.size; at += 4) {
+        StoreTetrahedra(groups[at / 4], apex, count, at, measures);
+    }
+    for (std::size_t at = 0; at < faces.size; at += 4) {
+        _mm256_storeu_pd(measures.areas + at, ComputeAreas(groups[at / 4], count, shortestNormal));
     }
     return true;
 }
 
 }  // namespace
 
-QUORLAN_AVX2 bool MeasureSmallFacesAvx2(std::uint8_t const* vertices, std::size_t vertexStride, SmallFaces const& faces,
-                                        double const (&apex)[3], double shortestNormal, SmallFaceMeasures& measures) {
-    return faces.cornerCount == 3 ? Measure(vertices, vertexStride, faces, apex, shortestNormal, 3, measures)
-                                  : Measure(vertices, vertexStride, faces, apex, shortestNormal, 4, measures);
+QUORLAN_AVX2 bool MeasureSmallFacesAvx2(std::uint8_t const* vertices, SmallFaces const& faces, double const (&apex)[3],
+                                        double shortestNormal, SmallFaceMeasures& measures) {
+    return faces.cornerCount == 3 ? Measure(vertices, faces, apex, shortestNormal, 3, measures)
+                                  : Measure(vertices, faces, apex, shortestNormal, 4, measures);
 }
 
 }  // namespace Quorlan
