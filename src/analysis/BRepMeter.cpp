@@ -54,13 +54,30 @@ double ComputeFaceArea(FaceLoops const& face) {
     return area;
 }
 
-/// Whether a loop has three or four corners, all of which exist.
-bool IsSmall(BRepView const& brep, flatbuffers::Vector<std::uint16_t> const* loop) {
-    std::uint32_t const count = CountOf(loop);
-    if (count != 3 && count != 4) return false;
+/// Whether a loop has `count` corners, three or four, all of which exist.
+bool IsSmall(BRepView const& brep, flatbuffers::Vector<std::uint16_t> const* loop, std::uint32_t count) {
+    if (CountOf(loop) != count) return false;
     std::uint16_t const* const indices = loop->data();
     std::uint32_t const highest = std::max({indices[0], indices[1], indices[2], indices[count - 1]});
     return highest < brep.vertexCount;
+}
+
+/// Collects faces from `begin` on that are small and alike, none if the first is not or `end` is `begin`.
+void CollectSmallFaces(BRepView const& brep, std::uint32_t begin, std::uint32_t end, SmallFaces& faces) {
+    faces.size = 0;
+    faces.firstFace = begin;
+    std::uint32_t const cornerCount = CountOf(brep.faces->Get(begin)->outerLoop());
+    if (cornerCount != 3 && cornerCount != 4) return;
+    faces.cornerCount = cornerCount;
+    std::size_t size = 0;
+    std::uint32_t const most = std::min<std::uint32_t>(end - begin, kSmallFaceCount);
+    for (; size < most; ++size) {
+        auto const* const loop = brep.faces->Get(begin + static_cast<std::uint32_t>(size))->outerLoop();
+        if (!IsSmall(brep, loop, cornerCount)) break;
+        faces.loops[size] = loop->data();
+    }
+    faces.size = size;
+    for (; size % 4 != 0; ++size) faces.loops[size] = faces.loops[size - 1];
 }
 
 template <std::size_t CornerCount>
@@ -128,38 +145,29 @@ BRepQuantities BRepMeter::Measure(BRepView const& brep) {
     ReadHoleOrder(brep);
     Sums sums;
     SmallFaces small;
+    std::uint32_t const faceCount = CountOf(brep.faces);
     std::size_t hole = 0;
-    for (std::uint32_t f = 0; f < CountOf(brep.faces); ++f) {
-        auto const* const loop = brep.faces->Get(f)->outerLoop();
+    for (std::uint32_t f = 0; f < faceCount;) {
+        std::uint32_t const nextWithHoles = hole == holesByFace_.size() ? faceCount : holesByFace_[hole].first;
+        CollectSmallFaces(brep, f, std::min(nextWithHoles, faceCount), small);
+        if (small.size != 0) {
+            AddSmallFaces(brep, small, sums);
+            f += static_cast<std::uint32_t>(small.size);
+            continue;
+        }
         std::size_t const holesBegin = hole;
         while (hole != holesByFace_.size() && holesByFace_[hole].first == f) ++hole;
-        std::size_t const cornerCount = CountOf(loop);
-        if (holesBegin == hole && IsSmall(brep, loop)) {
-            if (small.size == kSmallFaceCount || small.cornerCount != cornerCount) {
-                AddSmallFaces(brep, small, sums);
-            }
-            small.cornerCount = cornerCount;
-            if (small.size == 0) small.firstFace = f;
-            small.loops[small.size++] = loop->data();
-        } else {
-            AddSmallFaces(brep, small, sums);
-            AddFace(brep, f, holesBegin, hole, sums);
-        }
+        AddFace(brep, f++, holesBegin, hole, sums);
     }
-    AddSmallFaces(brep, small, sums);
     return sums.GetQuantities();
 }
 
-/// Adds the faces in their order and removes them.
-void BRepMeter::AddSmallFaces(BRepView const& brep, SmallFaces& faces, Sums& sums) {
+/// Adds the faces in their order.
+void BRepMeter::AddSmallFaces(BRepView const& brep, SmallFaces const& faces, Sums& sums) {
     std::size_t const size = faces.size;
-    if (size == 0) return;
-    for (std::size_t i = size; i % 4 != 0; ++i) faces.loops[i] = faces.loops[size - 1];
     SmallFaceMeasures measures;
     Vertex const apex = sums.GetApex(ToVertex(brep.GetPosition(faces.loops[0][0])));
-    bool const areMeasured = MeasureFaces(brep, faces, apex, measures);
-    faces.size = 0;
-    if (!areMeasured) {
+    if (!MeasureFaces(brep, faces, apex, measures)) {
         for (std::uint32_t i = 0; i < size; ++i) AddFace(brep, faces.firstFace + i, 0, 0, sums);
         return;
     }

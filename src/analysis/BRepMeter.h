@@ -31,7 +31,7 @@ private:
     class Sums;
 
     void ReadHoleOrder(BRepView const& brep);
-    void AddSmallFaces(BRepView const& brep, SmallFaces& faces, Sums& sums);
+    void AddSmallFaces(BRepView const& brep, SmallFaces const& faces, Sums& sums);
     bool MeasureFaces(BRepView const& brep, SmallFaces const& faces, Vertex const& apex,
                       SmallFaceMeasures& measures) const;
     void AddFace(BRepView const& brep, std::uint32_t face, std::size_t holesBegin, std::size_t holesEnd, Sums& sums);
