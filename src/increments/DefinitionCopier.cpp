@@ -111,10 +111,8 @@ void DefinitionCopier::ScanAhead(std::uint32_t definition) {
         auto const kind = FindBRepKind(info.kind());
         void const* const table = kind ? FindTable(*storedSource_, *kind, info.kindIndex()) : nullptr;
         if (table == nullptr) continue;
-        ShapeScan const* scan = nullptr;
-        if (sourceScans_ != nullptr) {
-            scan = &(*sourceScans_)[info.kind()][info.kindIndex()];
-        } else {
+        auto const* scan = sourceScans_ == nullptr ? nullptr : &(*sourceScans_)[info.kind()][info.kindIndex()];
+        if (scan == nullptr || !scan->isRun) {
             scans_[scannedCount_] = scanner_.Scan(MakeView(*kind, table));
             scan = &scans_[scannedCount_];
         }

@@ -103,7 +103,7 @@ private:
     // The wanted BReps among the next definitions, and which of them is next.
     static constexpr std::size_t kScannedAhead = 16;
     std::array<Scanned, kScannedAhead> scanned_;
-    std::array<ShapeScan, kScannedAhead> scans_;  ///< where the source has none
+    std::array<ShapeScan, kScannedAhead> scans_;  ///< where nothing is known of the source's
     std::size_t scannedCount_ = 0;
     std::size_t nextScanned_ = 0;
     std::uint32_t scannedEnd_ = 0;  ///< one behind the last definition that was looked at

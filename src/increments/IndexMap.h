@@ -15,13 +15,19 @@ public:
 
     template <class Write>
     std::uint32_t FindOrWrite(std::uint32_t source, Write write) {
+        bool const isKnown = source < indices_.size() && indices_[source] != kInvalidIndex;
+        return isKnown ? indices_[source] : FindOrWriteNew(source, write);
+    }
+
+private:
+    template <class Write>
+    std::uint32_t FindOrWriteNew(std::uint32_t source, Write write) {
         std::uint32_t& index =
             source < indices_.size() ? indices_[source] : others_.try_emplace(source, kInvalidIndex).first->second;
         if (index == kInvalidIndex) index = write();
         return index;
     }
 
-private:
     std::vector<std::uint32_t> indices_;
     std::unordered_map<std::uint32_t, std::uint32_t> others_;
 };

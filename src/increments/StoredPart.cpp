@@ -92,21 +92,28 @@ public:
     EntryCopier(Schema::Properties const& source, UniqueTexts& strings)
         : source_(source.strings()), strings_(strings), written_(CountOf(source_)) {}
 
-    Schema::PropertyEntry Copy(Schema::PropertyEntry const& entry, std::uint32_t entity) {
+    void Copy(Schema::PropertyEntry const& entry, std::uint32_t entity, ElementWriter<Schema::PropertyEntry>& out) {
         std::uint32_t const set = CopyString(entry.set());
         std::uint32_t const name = CopyString(entry.name());
-        switch (entry.valueKind()) {
-            case kDoubleProperty:
-            case kIntegerProperty: return {entity, set, name, entry.valueKind(), entry.value()};
-            case kBooleanProperty: return {entity, set, name, entry.valueKind(), entry.value() != 0 ? 1u : 0u};
-            default: break;
-        }
-        bool const fits = entry.valueKind() == kTextProperty && entry.value() < kInvalidIndex;
-        std::uint32_t const text = CopyString(fits ? static_cast<std::uint32_t>(entry.value()) : kInvalidIndex);
-        return {entity, set, name, kTextProperty, text};
+        out.Add(entity, set, name, KindOf(entry), CopyValue(entry));
     }
 
 private:
+    static std::uint32_t KindOf(Schema::PropertyEntry const& entry) {
+        return entry.valueKind() <= kBooleanProperty ? entry.valueKind() : kTextProperty;
+    }
+
+    std::uint64_t CopyValue(Schema::PropertyEntry const& entry) {
+        switch (entry.valueKind()) {
+            case kDoubleProperty:
+            case kIntegerProperty: return entry.value();
+            case kBooleanProperty: return entry.value() != 0 ? 1 : 0;
+            default: break;
+        }
+        bool const fits = entry.valueKind() == kTextProperty && entry.value() < kInvalidIndex;
+        return CopyString(fits ? static_cast<std::uint32_t>(entry.value()) : kInvalidIndex);
+    }
+
     std::uint32_t CopyString(std::uint32_t index) {
         return written_.FindOrWrite(index, [&] { return strings_.Add(ViewOf(FindElement(source_, index))); });
     }
@@ -211,7 +218,7 @@ void StoredPart::WriteEntities(ElementWriter<Schema::EntityRecord>& out) const {
     for (auto const& copy : copies_.GetAll()) {
         auto const& record = *records_.Get(copy.source);
         bool const hasText = haveAllText || !GetText(record.textReference()).empty();
-        out.Add({0u, guid++, hasText ? text++ : kInvalidIndex, 0u, record.placement()});
+        out.Add(0u, guid++, hasText ? text++ : kInvalidIndex, 0u, record.placement());
     }
 }
 
@@ -239,16 +246,16 @@ void StoredPart::WriteHistoryRecords(ElementWriter<Schema::OwnerHistoryRecord>& 
         auto const* const record = FindElement(records, references.historyRecord);
         auto const action = static_cast<std::uint32_t>(references.action);
         if (record == nullptr) {
-            out.Add({0u, action, 0, 0});
+            out.Add(0u, action, 0, 0);
         } else {
-            out.Add({record->state(), action, record->creationDate(), record->lastModifiedDate()});
+            out.Add(record->state(), action, record->creationDate(), record->lastModifiedDate());
         }
     }
 }
 
 void StoredPart::WriteHistoryLinks(ElementWriter<Schema::OwnerHistoryLink>& out) const {
     std::uint32_t history = first_.history;
-    for (auto const& copy : copies_.GetAll()) out.Add({static_cast<std::uint32_t>(copy.entity), history++});
+    for (auto const& copy : copies_.GetAll()) out.Add(static_cast<std::uint32_t>(copy.entity), history++);
 }
 
 void StoredPart::WritePlacements(ElementWriter<Schema::Placement>& out) const {
@@ -257,7 +264,11 @@ void StoredPart::WritePlacements(ElementWriter<Schema::Placement>& out) const {
         auto const* const move = definitions_.FindMove(instance.definitionIndex());
         auto const& placement = *placements->Get(instance.placementIndex());
         copies_.ForEachCopy(instance.entityIndex(), [&](EntityIndex_t) {
-            out.Add(move == nullptr ? placement : PlaceStored(placement, *move));
+            if (move == nullptr) {
+                out.Add(placement);
+            } else {
+                out.Add(PlaceStored(placement, *move));
+            }
         });
     });
 }
@@ -266,8 +277,8 @@ void StoredPart::WriteInstances(ElementWriter<Schema::Instance>& out) const {
     std::uint32_t next = first_.instance;
     ForEachInstance([&](Schema::Instance const& instance) {
         copies_.ForEachCopy(instance.entityIndex(), [&](EntityIndex_t entity) {
-            out.Add({next++, static_cast<std::uint32_t>(entity), definitions_.indices[instance.definitionIndex()],
-                     LookUp(materials_, instance.materialIndex()), LookUp(layers_, instance.layerIndex())});
+            out.Add(next++, static_cast<std::uint32_t>(entity), definitions_.indices[instance.definitionIndex()],
+                    LookUp(materials_, instance.materialIndex()), LookUp(layers_, instance.layerIndex()));
         });
     });
 }
@@ -281,7 +292,7 @@ void StoredPart::WriteProperties(ElementWriter<Schema::PropertyEntry>& out, Uniq
     for (auto const& copy : copies_.GetAll()) {
         auto const [first, last] = finder.Find(copy.source);
         auto const entity = static_cast<std::uint32_t>(copy.entity);
-        for (std::uint32_t i = first; i < last; ++i) out.Add(entries.Copy(*all.Get(i), entity));
+        for (std::uint32_t i = first; i < last; ++i) entries.Copy(*all.Get(i), entity, out);
     }
 }
 

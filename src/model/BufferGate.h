@@ -11,7 +11,7 @@ namespace Quorlan {
 constexpr std::size_t kMaxBufferSize = 0x7FFFFFFF;
 
 /// The root of a buffer that is safe to read, or null: its structure is sound (`VerifyBuffer`), the placement, entity
-/// and definition of every instance exist, and a copy of it is bounded (`IsCopyBounded`). Its BReps are scanned where
+/// and definition of every instance exist, and a copy of it is bounded (`IsCopyBounded`). Its runs are scanned where
 /// `scans` is not null. REQUIRES: the buffer's bytes are aligned to 8.
 Schema::Model const* OpenUntrustedModel(std::vector<char> const& buffer, ShapeScans* scans = nullptr);
 

@@ -94,8 +94,7 @@ private:
     bool VerifyShape(Table const& shape, std::uint64_t& size, ShapeScan* scan) {
         using VertexStruct = std::remove_reference_t<decltype(*shape.vertices()->Get(0))>;
         if (!AsTable(shape).VerifyTableStart(verifier_)) return false;
-        bool const isRun = scan != nullptr && runs_.Scan(&shape, sizeof(VertexStruct), faces_.GetFacesLeft(), *scan);
-        if (isRun) {
+        if (scan != nullptr && runs_.Scan(&shape, sizeof(VertexStruct), faces_.GetFacesLeft(), *scan)) {
             size = scan->indexCount * std::uint64_t{sizeof(std::uint16_t)} +
                    scan->counts.vertices * std::uint64_t{sizeof(VertexStruct)};
             faces_.Count(scan->counts.faces);
@@ -103,9 +102,8 @@ private:
         }
         if (!VerifyParts(shape, size)) return false;
         size += std::uint64_t{CountOf(shape.vertices())} * sizeof(VertexStruct);
-        if (scan != nullptr) {
-            runs_.Learn(BRepView(shape));
-            *scan = scanner_.Scan(BRepView(shape));
+        if (scan != nullptr && runs_.Learn(BRepView(shape))) {
+            runs_.Scan(&shape, sizeof(VertexStruct), CountOf(shape.faces()), *scan);
         }
         return true;
     }
@@ -145,7 +143,6 @@ private:
     flatbuffers::Verifier verifier_;
     FaceVerifier faces_;
     RunScanner runs_;
-    ShapeScanner scanner_;
     VerifiedModel& out_;
     ShapeScans* scans_;
 };

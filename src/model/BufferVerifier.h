@@ -28,7 +28,7 @@ struct VerifiedModel {
 /// with records and a geometry. No index in the buffer has been looked at.
 ///
 /// The walk over the shapes, which are most of a buffer, stands here rather than in the generated code, so that one
-/// walk verifies and measures, and also scans where `scans` is not null. REQUIRES: the bytes are aligned to 8.
+/// walk verifies and measures, and also scans runs where `scans` is not null. REQUIRES: the bytes are aligned to 8.
 VerifiedModel VerifyBuffer(std::vector<char> const& buffer, ShapeScans* scans = nullptr);
 
 /// Texts, textures and shapes may be named several times, and a copy of the model holds them each time. Without a

@@ -109,6 +109,46 @@ void Complete(ShapeScan& scan, BRepView const& shape, std::uint64_t indexCount, 
         Mix((std::uint64_t{counts.faces} << 32 | counts.vertices) ^ std::uint64_t{counts.holes} << 48) ^ indexCount);
 }
 
+/// The largest of indices that come in loops of a few words of two.
+class IndexMaximum {
+public:
+    /// `readable`: how many words may be read, of which only the first `words` count.
+    void Add(std::uint8_t const* indices, std::size_t words, std::size_t readable) {
+#if QUORLAN_HAS_SSE2
+        constexpr std::size_t kWords = 4;
+        if (words <= kWords && readable >= kWords) {  // nearly always: one step without a loop
+            static constexpr std::uint32_t kMasks[2 * kWords] = {~0u, ~0u, ~0u, ~0u, 0, 0, 0, 0};
+            __m128i const mask = _mm_loadu_si128(reinterpret_cast<__m128i const*>(kMasks + kWords - words));
+            __m128i const all = _mm_loadu_si128(reinterpret_cast<__m128i const*>(indices));
+            __m128i const wanted = _mm_and_si128(all, mask);
+            lanes_ = _mm_adds_epu16(_mm_subs_epu16(wanted, lanes_), lanes_);
+            return;
+        }
+#endif
+        static_cast<void>(readable);
+        for (std::size_t i = 0; i < words; ++i) {
+            auto const word = flatbuffers::ReadScalar<std::uint32_t>(indices + 4 * i);
+            largest_ = std::max({largest_, word & 0xFFFF, word >> 16});
+        }
+    }
+
+    std::uint32_t Get() const {
+        std::uint32_t largest = largest_;
+#if QUORLAN_HAS_SSE2
+        std::uint16_t lanes[8];
+        _mm_storeu_si128(reinterpret_cast<__m128i*>(lanes), lanes_);
+        for (std::uint16_t const lane : lanes) largest = std::max<std::uint32_t>(largest, lane);
+#endif
+        return largest;
+    }
+
+private:
+    std::uint32_t largest_ = 0;
+#if QUORLAN_HAS_SSE2
+    __m128i lanes_ = _mm_setzero_si128();
+#endif
+};
+
 }  // namespace
 
 /// Follows the parts of a shape and compares where they stand with where `ShapeWriter` puts them.
@@ -209,18 +249,27 @@ ShapeScan ShapeScanner::Scan(BRepView const& shape) {
 /// Where a run has been followed to, and what its loops hold.
 struct RunScanner::Progress {
     std::size_t next;
-    std::uint32_t largestIndex = 0;
+    IndexMaximum largestIndex = {};
     std::uint64_t indexCount = 0;
     std::size_t loopWords = 0;
 };
 
 bool RunScanner::Scan(void const* table, std::uint32_t stride, std::size_t maxFaces, ShapeScan& scan) {
-    constexpr std::size_t kTableSize = 16;
+    if (bytesLeft_ == 0 || !shapeLayout_.Accepts(table)) return false;
     std::size_t const shape = static_cast<std::size_t>(static_cast<std::uint8_t const*>(table) - bytes_);
-    if (!shapeLayout_.Accepts(table) || CountWordsBehind(shape) < kTableSize / 4) return false;
-    ShapeCounts& counts = scan.counts;
     Progress progress{shape + kTableSize};
+    bool const isRun = Follow(shape, stride, maxFaces, progress, scan);
+    std::size_t const read = kTableSize + 4 * progress.loopWords + 16 * std::size_t{scan.counts.faces} +
+                             std::size_t{scan.counts.vertices} * stride;
+    bytesLeft_ -= std::min(bytesLeft_, read);
+    if (!isRun) scan = ShapeScan();
+    return isRun;
+}
 
+bool RunScanner::Follow(std::size_t shape, std::uint32_t stride, std::size_t maxFaces, Progress& progress,
+                        ShapeScan& scan) const {
+    if (CountWordsBehind(shape) < kTableSize / 4) return false;
+    ShapeCounts& counts = scan.counts;
     if (!BeginVector(progress, shape + 4, counts.faces) || counts.faces > maxFaces) return false;
     std::size_t slot = progress.next - 4 * std::size_t{counts.faces};
     auto const* const faceLayout = faceLayout_.GetAccepted();
@@ -230,20 +279,19 @@ bool RunScanner::Scan(void const* table, std::uint32_t stride, std::size_t maxFa
         if (!FollowPart(progress, slot, layout, 8)) return false;
     }
     bool isSorted = true;
-    if (!FollowHoles(progress, shape + 8, scan, isSorted)) return false;
+    if (!FollowHoles(progress, shape + 8, counts.holes, isSorted)) return false;
 
-    if (shape + 12 + Read<std::uint32_t>(shape + 12) != progress.next || CountWordsBehind(progress.next) < 1) {
-        return false;
-    }
+    std::size_t const vertices = shape + 12 + Read<std::uint32_t>(shape + 12);
+    if (vertices != progress.next || CountWordsBehind(vertices) < 1) return false;
+    std::uint32_t const vertexCount = Read<std::uint32_t>(vertices);
+    if (std::uint64_t{vertexCount} * (stride / 4) > CountWordsBehind(vertices + 4)) return false;
     BRepView view;
-    view.table = table;
-    view.vertices = bytes_ + progress.next + 4;
-    view.vertexCount = counts.vertices = Read<std::uint32_t>(progress.next);
+    view.vertices = bytes_ + vertices + 4;
+    view.vertexCount = counts.vertices = vertexCount;
     view.vertexStride = stride;
-    if (std::uint64_t{counts.vertices} * (stride / 4) > CountWordsBehind(progress.next + 4)) return false;
     counts.loopWords = static_cast<std::uint32_t>(progress.loopWords);
     scan.isRun = true;
-    Complete(scan, view, progress.indexCount, progress.largestIndex, isSorted);
+    Complete(scan, view, progress.indexCount, progress.largestIndex.Get(), isSorted);
     return true;
 }
 
@@ -257,7 +305,7 @@ bool RunScanner::BeginVector(Progress& progress, std::size_t field, std::uint32_
     return true;
 }
 
-/// A face or a hole that `slot` must lead to, whose last field leads to the loop behind its table.
+/// A face or a hole that `slot` must lead to, whose last field must lead to the loop behind its table.
 inline bool RunScanner::FollowPart(Progress& progress, std::size_t slot, std::size_t layout,
                                    std::size_t tableSize) const {
     std::size_t const part = progress.next;
@@ -267,26 +315,19 @@ inline bool RunScanner::FollowPart(Progress& progress, std::size_t slot, std::si
     if (Read<std::uint32_t>(loop - 4) != 4) return false;
     std::uint32_t const count = Read<std::uint32_t>(loop);
     std::size_t const words = ShapeCounts::ToWords(count);
-    if (words > CountWordsBehind(loop + 4)) return false;
+    std::size_t const wordsBehind = CountWordsBehind(loop + 4);
+    if (words > wordsBehind) return false;
 
-    // Two indices a word. What rounds up an odd number of them must be zero, and changes no maximum.
-    std::uint32_t largest = progress.largestIndex;
-    std::uint32_t last = 0;
-    for (std::size_t i = 0; i < words; ++i) {
-        std::uint32_t const word = Read<std::uint32_t>(loop + 4 + 4 * i);
-        last = word >> 16;
-        largest = std::max({largest, word & 0xFFFF, last});
-    }
-    if (count % 2 == 1 && last != 0) return false;
-    progress.largestIndex = largest;
+    // What rounds up an odd number of indices must be zero, and changes no maximum.
+    if (count % 2 == 1 && Read<std::uint16_t>(loop + 4 + 2 * std::size_t{count}) != 0) return false;
+    progress.largestIndex.Add(bytes_ + loop + 4, words, wordsBehind);
     progress.indexCount += count;
     progress.loopWords += words;
     progress.next = loop + 4 + 4 * words;
     return true;
 }
 
-bool RunScanner::FollowHoles(Progress& progress, std::size_t field, ShapeScan& scan, bool& isSorted) const {
-    std::uint32_t& count = scan.counts.holes;
+bool RunScanner::FollowHoles(Progress& progress, std::size_t field, std::uint32_t& count, bool& isSorted) const {
     if (!BeginVector(progress, field, count)) return false;
     if (count == 0) return true;
     auto const* const holeLayout = holeLayout_.GetAccepted();
@@ -305,9 +346,13 @@ bool RunScanner::FollowHoles(Progress& progress, std::size_t field, ShapeScan& s
     return true;
 }
 
-void RunScanner::Learn(BRepView const& shape) {
-    if (CountOf(shape.faces) != 0) faceLayout_.Accepts(shape.faces->Get(0));
-    if (CountOf(shape.holes) != 0) holeLayout_.Accepts(shape.holes->Get(0));
+bool RunScanner::Learn(BRepView const& shape) {
+    auto const learn = [](KnownLayout& layout, auto const* parts) {
+        auto const* const known = layout.GetAccepted();
+        return CountOf(parts) != 0 && layout.Accepts(parts->Get(0)) && layout.GetAccepted() != known;
+    };
+    bool const isFaceNew = learn(faceLayout_, shape.faces);
+    return learn(holeLayout_, shape.holes) || isFaceNew;
 }
 
 }  // namespace Quorlan

@@ -34,7 +34,8 @@ struct ShapeScan {
     bool isRun = false;       ///< stands as one run of bytes, as `ShapeWriter` writes it
 };
 
-/// The BReps of a buffer: by kind, then by index within the kind.
+/// The BReps of a buffer: by kind, then by index within the kind. Of shapes that are no runs, and where too many share
+/// their bytes, nothing is known: `isRun` is false.
 using ShapeScans = std::array<LargeVector<ShapeScan>, 8>;
 
 /// Scans the shapes of one buffer.
@@ -53,33 +54,43 @@ private:
 
 /// Scans shapes that stand as one run of bytes and have not been verified: where every part stands where the run has
 /// it, and the run ends inside the buffer, the structure is sound. One walk thus verifies and scans.
+///
+/// It reads no more than about twice the buffer: shapes that share their bytes are not scanned again and again.
 class RunScanner {
 public:
     explicit RunScanner(std::vector<char> const& buffer)
-        : bytes_(reinterpret_cast<std::uint8_t const*>(buffer.data())), size_(buffer.size()) {}
+        : bytes_(reinterpret_cast<std::uint8_t const*>(buffer.data())),
+          size_(buffer.size()),
+          bytesLeft_(buffer.size()) {}
 
-    /// RETURNS false, with `scan` half filled, if the shape is no run, has more faces than `maxFaces`, or its tables
-    /// have layouts that have not been learned. Tables of holes are not counted as the verifier does.
+    /// RETURNS false, with `scan` empty, if the shape is no run, has more faces than `maxFaces`, or its tables have
+    /// layouts that have not been learned. Tables of holes are not counted as the verifier does.
     /// REQUIRES: `table` has passed the verifier's VerifyTableStart.
     bool Scan(void const* table, std::uint32_t stride, std::size_t maxFaces, ShapeScan& scan);
 
-    /// Gets to know the layouts of a shape's tables. REQUIRES: the shape has passed the verifier.
-    void Learn(BRepView const& shape);
+    /// Gets to know the layouts of a shape's tables. RETURNS whether one is new. REQUIRES: the shape has passed the
+    /// verifier.
+    bool Learn(BRepView const& shape);
 
 private:
     struct Progress;
+
+    static constexpr std::size_t kTableSize = 16;
 
     template <class T>
     T Read(std::size_t at) const {
         return flatbuffers::ReadScalar<T>(bytes_ + at);
     }
     std::size_t CountWordsBehind(std::size_t at) const { return at > size_ ? 0 : (size_ - at) / 4; }
+    bool Follow(std::size_t shape, std::uint32_t stride, std::size_t maxFaces, Progress& progress,
+                ShapeScan& scan) const;
     bool BeginVector(Progress& progress, std::size_t field, std::uint32_t& count) const;
     bool FollowPart(Progress& progress, std::size_t slot, std::size_t layout, std::size_t tableSize) const;
-    bool FollowHoles(Progress& progress, std::size_t field, ShapeScan& scan, bool& isSorted) const;
+    bool FollowHoles(Progress& progress, std::size_t field, std::uint32_t& count, bool& isSorted) const;
 
     std::uint8_t const* bytes_;
     std::size_t size_;
+    std::size_t bytesLeft_;  ///< that may be read before scanning stops
     KnownLayout shapeLayout_{ShapeLayouts::GetShapeLayout()};
     KnownLayout faceLayout_{ShapeLayouts::GetFaceLayout()};
     KnownLayout holeLayout_{ShapeLayouts::GetHoleLayout()};

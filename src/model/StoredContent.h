@@ -4,10 +4,12 @@
 
 #include <model_generated.h>
 
-#include <array>
 #include <cstddef>
 #include <functional>
+#include <new>
 #include <string_view>
+#include <type_traits>
+#include <utility>
 #include <vector>
 
 namespace Quorlan {
@@ -28,9 +30,11 @@ public:
               all.insert(all.end(), elements, elements + count);
           }) {}
 
-    void Add(T const& element) {
-        if (pending_ == block_.size()) Flush();
-        block_[pending_++] = element;
+    /// Adds an element, which is made where it stands: a copy would wait for its parts to be stored.
+    template <class... Arguments>
+    void Add(Arguments&&... arguments) {
+        if (pending_ == kBlockSize) Flush();
+        ::new (static_cast<void*>(At(pending_++))) T(std::forward<Arguments>(arguments)...);
     }
 
     /// Hands on the rest. REQUIRES: nothing is added afterwards. RETURNS how many there were.
@@ -41,16 +45,21 @@ public:
 
 private:
     void Flush() {
-        append_(target_, block_.data(), pending_);
+        append_(target_, At(0), pending_);
         flushed_ += pending_;
         pending_ = 0;
     }
+
+    static constexpr std::size_t kBlockSize = 64;
+    static_assert(std::is_trivially_destructible_v<T>);
+
+    T* At(std::size_t index) { return reinterpret_cast<T*>(block_) + index; }
 
     void* target_;
     void (*append_)(void* target, T const* elements, std::size_t count);
     std::size_t flushed_ = 0;
     std::size_t pending_ = 0;
-    std::array<T, 64> block_;
+    alignas(T) unsigned char block_[kBlockSize * sizeof(T)];
 };
 
 /// Entities, and all that grows with their number, that no writer holds: while a buffer is written they are read from
