@@ -1,9 +1,9 @@
 #pragma once
 
 #include <GeometryObjectLib/Vertex.h>
+#include <Tools/Export.h>
 
 #include <cstdint>
-#include <utility>
 #include <vector>
 
 namespace GeometryObjectLib {
@@ -23,28 +23,45 @@ struct QuantizedAxisAlignedBoxTreeNode_s {
 
 static_assert(sizeof(QuantizedAxisAlignedBoxTreeNode_s) == 16);
 
+/// The boxes of the four grandchildren of a node side by side, in one cache line.
+struct alignas(64) QuantizedAxisAlignedBoxTreeQuad_s {
+    /// min x, max x, min y, max y, min z, max z, each of all four.
+    std::uint16_t bounds[6][4] = {};
+
+    /// A grandchild's own quad as ~index, or the index of its node; that node is an inner node.
+    std::int32_t child[4] = {};
+};
+
+static_assert(sizeof(QuantizedAxisAlignedBoxTreeQuad_s) == 64);
+
 /// A bounding-volume hierarchy in one array, depth first: the left child of an inner node is the next node, the right
 /// child follows the left subtree, so that a traversal skips a whole subtree with one jump.
 ///
 /// A node's box in model space has, per axis, the corners origin + quantized / bvhQuantization. An axis without extent
-/// has an infinite quantization; all its corners lie at the origin's coordinate.
+/// has an infinite quantization; all its corners lie at the origin's coordinate. A node's box contains the boxes of all
+/// nodes of its subtree.
+///
+/// The upper part of a large binary tree is kept a second time in a form for queries, at most one byte per leaf.
 class QuantizedAxisAlignedBoxTree {
 public:
     QuantizedAxisAlignedBoxTree() = default;
 
     /// Takes what `QaabBuilder` hands out: origin, grid cells per model unit, and the nodes.
-    QuantizedAxisAlignedBoxTree(Vertex origin, Vertex bvhQuantization,
-                                std::vector<QuantizedAxisAlignedBoxTreeNode_s> nodes)
-        : origin_(origin), bvhQuantization_(bvhQuantization), nodes_(std::move(nodes)) {}
+    QUORLAN_TOOLS_API QuantizedAxisAlignedBoxTree(Vertex origin, Vertex bvhQuantization,
+                                                  std::vector<QuantizedAxisAlignedBoxTreeNode_s> nodes);
 
     Vertex const& getOrigin() const { return origin_; }
     Vertex const& getBvhQuantization() const { return bvhQuantization_; }
     std::vector<QuantizedAxisAlignedBoxTreeNode_s> const& getNodes() const { return nodes_; }
 
+    /// Breadth first from the root's on; empty for a small tree and where the root has not four inner grandchildren.
+    std::vector<QuantizedAxisAlignedBoxTreeQuad_s> const& getUpperQuads() const { return upperQuads_; }
+
 private:
     Vertex origin_;
     Vertex bvhQuantization_;
     std::vector<QuantizedAxisAlignedBoxTreeNode_s> nodes_;
+    std::vector<QuantizedAxisAlignedBoxTreeQuad_s> upperQuads_;
 };
 
 }  // namespace GeometryObjectLib

@@ -1,12 +1,15 @@
 #include "picking/TreeQuery.h"
 
+#include "geometry/BoxTreeNodes.h"
+#include "picking/NearLeaves.h"
 #include "picking/NodeLanes.h"
+#include "picking/NodeLists.h"
+#include "picking/RaySlabs.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
-#include <memory>
-#include <utility>
 
 namespace Quorlan::Tools::Picking {
 namespace {
@@ -18,36 +21,27 @@ Float4 Narrow(Vertex const& v) {
     return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z), 0};
 }
 
+std::array<float, 3> ToArray(Float4 v) {
+    float lanes[4];
+    Store(v, lanes);
+    return {lanes[0], lanes[1], lanes[2]};
+}
+
 /// Half a grid cell in model units. The cells of an axis without extent, whose quantization is infinite, have none.
 Float4 GetHalfCell(QuantizedAxisAlignedBoxTree const& tree) {
     Vertex const& cellsPerUnit = tree.getBvhQuantization();
     return Narrow({0.5 / cellsPerUnit.x, 0.5 / cellsPerUnit.y, 0.5 / cellsPerUnit.z});
 }
 
-/// Node indices without a first value; they are written before they are read. Few need no memory from the heap.
-class IndexList {
-public:
-    IndexList() = default;
-    IndexList(IndexList const&) = delete;
-    IndexList& operator=(IndexList const&) = delete;
+struct Box {
+    Float4 center;
+    Float4 halfExtent;
 
-    std::uint32_t* GetData() { return grown_ == nullptr ? first_ : grown_.get(); }
-    std::uint32_t const* GetData() const { return grown_ == nullptr ? first_ : grown_.get(); }
-    std::size_t GetCapacity() const { return capacity_; }
-
-    void Grow() {
-        std::unique_ptr<std::uint32_t[]> larger(new std::uint32_t[2 * capacity_]);
-        std::copy_n(GetData(), capacity_, larger.get());
-        grown_ = std::move(larger);
-        capacity_ *= 2;
+    Box(QuantizedAxisAlignedBoxTreeNode_s const& node, Float4 halfCell) : center(0.0f), halfExtent(0.0f) {
+        LoadNode(node, center, halfExtent);
+        center = center * halfCell;
+        halfExtent = halfExtent * halfCell;
     }
-
-private:
-    static constexpr std::size_t kFirstCapacity = 512;
-
-    std::size_t capacity_ = kFirstCapacity;
-    std::unique_ptr<std::uint32_t[]> grown_;
-    std::uint32_t first_[kFirstCapacity];
 };
 
 /// The leaves of a tree that are met and whose ancestors all are, in depth-first order.
@@ -60,25 +54,24 @@ public:
     template <class Overlaps>
     MetLeaves(QuantizedAxisAlignedBoxTree const& tree, Overlaps const& overlaps)
         : nodes_(tree.getNodes().data()), halfCell_(GetHalfCell(tree)) {
-        Walk walk(leaves_);
+        MetNodes walk(leaves_);
         VisitRange(walk, overlaps, 0, tree.getNodes().size());
-        for (std::size_t next = 0; next < walk.innerCount; ++next) {
-            std::size_t const node = walk.inner[next];
-            std::size_t const end = node + GetSize(nodes_[node].escapeOrItem);
+        for (std::size_t next = 0; next < walk.GetInnerCount(); ++next) {
+            std::size_t const node = walk.GetInner(next);
+            std::size_t const end = node + GetSubtreeSize(nodes_[node]);
             std::size_t const first = node + 1;
-            std::size_t const second = first < end ? first + GetSize(nodes_[first].escapeOrItem) : end;
-            if (second < end && second + GetSize(nodes_[second].escapeOrItem) == end) {
+            std::size_t const second = first < end ? first + GetSubtreeSize(nodes_[first]) : end;
+            if (second < end && second + GetSubtreeSize(nodes_[second]) == end) {
                 bool const isFirstMet = IsMet(overlaps, first);
                 bool const isSecondMet = IsMet(overlaps, second);
-                walk.Note(first, nodes_[first].escapeOrItem, isFirstMet);
-                walk.Note(second, nodes_[second].escapeOrItem, isSecondMet);
-                walk.MakeRoom();
+                walk.Add(first, nodes_[first].escapeOrItem, isFirstMet);
+                walk.Add(second, nodes_[second].escapeOrItem, isSecondMet);
             } else {
                 VisitRange(walk, overlaps, first, end);  // a tree of other than two branches
             }
         }
-        std::sort(walk.leaves, walk.leaves + walk.leafCount);  // nodes are numbered depth first
-        count_ = walk.leafCount;
+        walk.SortLeaves();  // nodes are numbered depth first
+        count_ = walk.GetLeafCount();
     }
 
     std::size_t GetCount() const { return count_; }
@@ -96,44 +89,12 @@ public:
     }
 
 private:
-    struct Box {
-        Float4 center;
-        Float4 halfExtent;
-    };
-
-    /// The nodes that are met so far, with room for two more.
-    struct Walk {
-        explicit Walk(IndexList& list) : leafList(list), inner(innerList.GetData()), leaves(list.GetData()) {}
-
-        void Note(std::size_t node, std::int32_t escapeOrItem, bool isMet) {
-            inner[innerCount] = leaves[leafCount] = static_cast<std::uint32_t>(node);
-            innerCount += static_cast<std::size_t>(isMet & (escapeOrItem < 0));
-            leafCount += static_cast<std::size_t>(isMet & (escapeOrItem >= 0));
-        }
-
-        void MakeRoom() {
-            if (std::max(innerCount, leafCount) + 2 <= leafList.GetCapacity()) return;
-            innerList.Grow();
-            leafList.Grow();
-            inner = innerList.GetData();
-            leaves = leafList.GetData();
-        }
-
-        IndexList innerList;
-        IndexList& leafList;
-        std::uint32_t* inner;  // their children are visited in this order
-        std::uint32_t* leaves;
-        std::size_t innerCount = 0;
-        std::size_t leafCount = 0;
-    };
-
     template <class Overlaps>
-    void VisitRange(Walk& walk, Overlaps const& overlaps, std::size_t node, std::size_t end) const {
+    void VisitRange(MetNodes& walk, Overlaps const& overlaps, std::size_t node, std::size_t end) const {
         while (node < end) {
             std::int32_t const escapeOrItem = nodes_[node].escapeOrItem;
-            walk.Note(node, escapeOrItem, IsMet(overlaps, node));
-            walk.MakeRoom();
-            node += GetSize(escapeOrItem);
+            walk.Add(node, escapeOrItem, IsMet(overlaps, node));
+            node += GetSubtreeSize(escapeOrItem);
         }
     }
 
@@ -143,15 +104,7 @@ private:
         return overlaps(box.center, box.halfExtent);
     }
 
-    Box Load(std::size_t node) const {
-        Float4 sum(0.0f);
-        Float4 difference(0.0f);
-        LoadNode(nodes_[node], sum, difference);
-        return {sum * halfCell_, difference * halfCell_};
-    }
-
-    /// The number of nodes in a subtree; 1 for a leaf. As arithmetic: ~e is -e - 1.
-    static std::size_t GetSize(std::int64_t e) { return static_cast<std::size_t>(1 + (~e & e >> 63)); }
+    Box Load(std::size_t node) const { return Box(nodes_[node], halfCell_); }
 
     QuantizedAxisAlignedBoxTreeNode_s const* nodes_;
     Float4 halfCell_;
@@ -185,6 +138,20 @@ private:
     Float4 absDirection_;
     Float4 absDirectionYzx_;
 };
+
+/// Whether the test meets a leaf and all its ancestors.
+bool IsMetFromRootOn(std::vector<QuantizedAxisAlignedBoxTreeNode_s> const& nodes, std::size_t leaf, RayTest const& test,
+                     Float4 halfCell) {
+    for (std::size_t node = 0;;) {
+        Box const box(nodes[node], halfCell);
+        if (!test(box.center, box.halfExtent)) return false;
+        if (node == leaf) return true;
+        ++node;
+        for (std::size_t size = GetSubtreeSize(nodes[node]); node + size <= leaf; size = GetSubtreeSize(nodes[node])) {
+            node += size;
+        }
+    }
+}
 
 /// Whether some point of a box is on the inner side of each of four planes, one plane per lane.
 class PlanesTest {
@@ -222,9 +189,33 @@ double SquaredDistance(ModelRay const& ray, Vertex const& point) {
 
 }  // namespace
 
+/// A leaf counts if the exact test meets it and all its ancestors. All of these are met that contain a leaf which is
+/// met even when smaller by what the test can err, so that few ancestors are asked.
 std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray) {
-    RayTest const isMet(Narrow(ray.origin - tree.getOrigin()), Narrow(ray.direction));
-    return MetLeaves(tree, isMet).GetItems();
+    auto const& nodes = tree.getNodes();
+    Float4 const halfCell = GetHalfCell(tree);
+    Float4 const origin = Narrow(ray.origin - tree.getOrigin());
+    Float4 const direction = Narrow(ray.direction);
+    RayTest const isMet(origin, direction);
+    RaySlabs const slabs(ToArray(origin), ToArray(direction), ToArray(halfCell));
+    bool const isOneTree = nodes.size() > 1 && GetSubtreeSize(nodes[0]) == nodes.size();
+    if (!isOneTree || !slabs.IsUsable()) return MetLeaves(tree, isMet).GetItems();
+    NearLeaves const leaves(tree, slabs);
+    if (!leaves.IsTreeBinary()) return MetLeaves(tree, isMet).GetItems();
+
+    auto const& slack = slabs.GetSlack();
+    Float4 const slackLanes(slack[0], slack[1], slack[2], 0);
+    std::vector<unsigned> items;
+    items.reserve(static_cast<std::size_t>(leaves.end() - leaves.begin()));
+    for (std::uint32_t const leaf : leaves) {
+        Box const box(nodes[leaf], halfCell);
+        Float4 const inside = box.halfExtent - slackLanes;
+        bool const isSurelyMet = (GetBits(inside >= Float4(0.0f)) & kXyz) == kXyz && isMet(box.center, inside);
+        if (isSurelyMet || IsMetFromRootOn(nodes, leaf, isMet, halfCell)) {
+            items.push_back(static_cast<unsigned>(nodes[leaf].escapeOrItem));
+        }
+    }
+    return items;
 }
 
 std::vector<unsigned> FindItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes) {

@@ -111,6 +111,131 @@ TEST(TreeQuery, RayGivesTheBitsOfTheWalkInScalars) {
     }
 }
 
+/// The items along a ray as found in scalars.
+std::vector<unsigned> FindInScalars(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray) {
+    Vertex const relative = ray.origin - tree.getOrigin();
+    float const o[] = {static_cast<float>(relative.x), static_cast<float>(relative.y), static_cast<float>(relative.z)};
+    float const d[] = {static_cast<float>(ray.direction.x), static_cast<float>(ray.direction.y),
+                       static_cast<float>(ray.direction.z)};
+    return WalkInScalars(tree, [&](ScalarBox const& box) { return box.IsMetBy(o, d); });
+}
+
+/// A corner of some node's box, so that a ray from or through it touches the box.
+Vertex GetCorner(QuantizedAxisAlignedBoxTree const& tree, std::size_t node, unsigned corner) {
+    Node const& n = tree.getNodes()[node];
+    Vertex const& q = tree.getBvhQuantization();
+    auto const at = [](int cell, double cells) { return cell / cells; };
+    return tree.getOrigin() + Vertex{at((corner & 1) != 0 ? n.maxX : n.minX, q.x),
+                                     at((corner & 2) != 0 ? n.maxY : n.minY, q.y),
+                                     at((corner & 4) != 0 ? n.maxZ : n.minZ, q.z)};
+}
+
+TEST(TreeQuery, RayThroughALargeTreeGivesTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    for (Vertex const& center : {Vertex{}, Vertex{3e6, -2e6, 5e5}}) {
+        auto const tree = MakeTree(random.Boxes(5000, center));
+        ASSERT_GT(tree.getUpperQuads().size(), 20u);
+        std::size_t found = 0;
+        for (int i = 0; i < 1500; ++i) {
+            double const scale = i % 3 == 0 ? 1 : random.Between(0, 1) < 0.5 ? 1e-3 : 1e3;
+            ModelRay const ray{center + random.Point(i % 2 == 0 ? 15 : 400), random.Point(10)};
+            Vertex const toModel = center + ray.direction - ray.origin;
+            ModelRay const aimed{ray.origin, toModel * scale};
+            auto const items = FindItemsAlongRay(tree, aimed);
+            ASSERT_EQ(items, FindInScalars(tree, aimed)) << i;
+            found += items.size();
+        }
+        EXPECT_GT(found, 10000u);
+    }
+}
+
+TEST(TreeQuery, RayThatTouchesBoxesGivesTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    auto const tree = MakeTree(random.Boxes(5000, {}));
+    for (unsigned i = 0; i < 3000; ++i) {
+        Vertex const corner = GetCorner(tree, random.engine() % tree.getNodes().size(), i % 8);
+        Vertex direction = random.Point(1);
+        if (i % 2 == 0) direction.x = i % 4 == 0 ? 0 : 6e-17;
+        if (i % 3 == 0) direction.y = i % 9 == 0 ? -0.0 : 1e-9;
+        if (i % 5 == 0) direction.z = -1e-30;
+        ModelRay const ray{corner - direction * (i % 7 == 0 ? 0 : random.Between(0, 30)), direction};
+        ASSERT_EQ(FindItemsAlongRay(tree, ray), FindInScalars(tree, ray)) << i;
+    }
+}
+
+TEST(TreeQuery, RayThroughALargeFlatModelGivesTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    auto boxes = random.Boxes(3000, {});
+    for (auto& box : boxes) box.center.z = box.halfExtent.z = 0;
+    auto const tree = MakeTree(boxes);
+    ASSERT_TRUE(std::isinf(tree.getBvhQuantization().z));
+    for (int i = 0; i < 500; ++i) {
+        ModelRay ray{random.Point(12), random.Point(1)};
+        if (i % 2 == 0) ray.origin.z = 0;
+        if (i % 4 == 0) ray.direction.z = 0;
+        ASSERT_EQ(FindItemsAlongRay(tree, ray), FindInScalars(tree, ray)) << i;
+    }
+}
+
+TEST(TreeQuery, RayOfExtremeNumbersGivesTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    auto const tree = MakeTree(random.Boxes(2000, {}));
+    constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
+    double const values[] = {0, 1, -1, 1e-44, 1e-22, 1e-12, 1e12, -1e25, 3e38, 1e300, kNan};
+    for (double const o : values) {
+        for (double const x : values) {
+            for (double const y : values) {
+                ModelRay const ray{{o, -3, o / 2}, {x, y, x * y}};
+                ASSERT_EQ(FindItemsAlongRay(tree, ray), FindInScalars(tree, ray)) << o << ' ' << x << ' ' << y;
+            }
+        }
+    }
+}
+
+/// A tree of `depth` levels of nodes with three children each, or two at every `pairs`-th.
+void AddSubtree(std::vector<Node>& nodes, std::mt19937& engine, int depth, unsigned pairs) {
+    std::size_t const top = nodes.size();
+    nodes.emplace_back();
+    if (depth == 0) {
+        auto const corner = [&] { return static_cast<std::uint16_t>(engine() % 60000); };
+        auto const far = [&](std::uint16_t v) { return static_cast<std::uint16_t>(v + engine() % 5000); };
+        std::uint16_t const x = corner(), y = corner(), z = corner();
+        nodes[top] = {x, far(x), y, far(y), z, far(z), static_cast<std::int32_t>(top)};
+        return;
+    }
+    std::size_t const children = engine() % pairs == 0 ? 2 : 3;
+    Node all{65535, 0, 65535, 0, 65535, 0, 0};
+    for (std::size_t i = 0; i < children; ++i) {
+        std::size_t const child = nodes.size();
+        AddSubtree(nodes, engine, depth - 1, pairs);
+        Node const& n = nodes[child];
+        all = {std::min(all.minX, n.minX),
+               std::max(all.maxX, n.maxX),
+               std::min(all.minY, n.minY),
+               std::max(all.maxY, n.maxY),
+               std::min(all.minZ, n.minZ),
+               std::max(all.maxZ, n.maxZ),
+               0};
+    }
+    all.escapeOrItem = -static_cast<std::int32_t>(nodes.size() - top);
+    nodes[top] = all;
+}
+
+TEST(TreeQuery, RayThroughATreeThatIsNotBinaryGivesTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    for (int i = 0; i < 20; ++i) {
+        std::vector<Node> nodes;
+        AddSubtree(nodes, random.engine, 6, i % 2 == 0 ? 1000 : 2);
+        if (i % 5 == 0) AddSubtree(nodes, random.engine, 3, 1);  // a second root
+        QuantizedAxisAlignedBoxTree const tree({}, {655.35, 655.35, 655.35}, nodes);
+        for (int k = 0; k < 50; ++k) {
+            Vertex const origin = random.Point(150);
+            ModelRay const ray{origin, Vertex{50, 50, 50} + random.Point(40) - origin};
+            ASSERT_EQ(FindItemsAlongRay(tree, ray), FindInScalars(tree, ray));
+        }
+    }
+}
+
 TEST(TreeQuery, PlanesGiveTheBitsOfTheWalkInScalars) {
     RandomBoxes random;
     auto const tree = MakeTree(random.Boxes(500, {}));
