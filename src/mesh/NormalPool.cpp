@@ -2,7 +2,6 @@
 
 #include "mesh/LaneTools.h"
 
-#include <algorithm>
 #include <cmath>
 #include <cstring>
 
@@ -19,16 +18,12 @@ static_assert(static_cast<double>(kEqualDistanceSquared) > 1.0000000000000002e-1
 /// A search goes on in the first child down to this far below the node's coordinate.
 constexpr float kDescentTolerance = -4e-5F;
 
-/// Normals whose components differ by no more than this, as rounding makes them differ, are near: no more than 7e-6
-/// apart and so equal for a search that meets them.
-constexpr float kNear = 4e-6F;
-
 /// Adding this to a component rounds it to whole steps of 1/1024, with 0, 1 and halves in the midst of a step.
 constexpr float kStepRounding = 12288;
 
 /// A node is tight for a search if its plane is closer than this or itself closer than 1e-5 plus this: four times kNear
 /// covers its diagonal and the rounding of all differences (1.2e-7 each for components up to 1).
-constexpr float kRoom = 4 * kNear;
+constexpr float kRoom = 4 * NormalPool::kNear;
 constexpr float kRoomySquared = (1e-5F + kRoom) * (1e-5F + kRoom);
 
 std::uint32_t BitsOf(float value) {
@@ -46,10 +41,6 @@ std::uint32_t HashOfCell(Vector3f const& normal) {
 }
 
 bool AreSame(Vector3f const& a, Vector3f const& b) { return a.x == b.x && a.y == b.y && a.z == b.z; }
-
-bool AreNear(Vector3f const& a, Vector3f const& b) {
-    return std::fabs(a.x - b.x) <= kNear && std::fabs(a.y - b.y) <= kNear && std::fabs(a.z - b.z) <= kNear;
-}
 
 }  // namespace
 
@@ -78,11 +69,6 @@ std::uint16_t NormalPool::FindOrAdd(Vector3f const& normal) {
     Cell& cell = isUsed(cells[0]) && cells[0].hash != hash ? cells[1] : cells[0];
     if (index != kNone) cell = {hash, index, generation_};
     return index;
-}
-
-bool NormalPool::IsCertain(std::uint16_t index, Vector3f const& normal) const {
-    Node const& node = At(index);
-    return AreNear(node.normal, normal) && node.isRoomy;
 }
 
 NormalPool::Agreement NormalPool::FollowLastWay(Vector3f const& normal) const {
@@ -153,7 +139,10 @@ std::uint16_t NormalPool::Search(Vector3f const& normal) {
         nodes_[parent].childrenOnAxis[side] = n[axis];
     }
     if (size_ == nodes_.size()) nodes_.emplace_back();
-    nodes_[size_++] = {normal, {}, {kNone, kNone}, !isTight};
+    Node& node = nodes_[size_++];
+    node.normal = normal;
+    node.children = {kNone, kNone};
+    node.isRoomy = !isTight;
     return added;
 }
 

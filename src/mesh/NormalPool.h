@@ -3,6 +3,7 @@
 #include <GeometryObjectLib/Vector3f.h>
 
 #include <array>
+#include <cmath>
 #include <cstdint>
 #include <vector>
 
@@ -27,6 +28,10 @@ class NormalPool {
 public:
     static constexpr std::uint16_t kNone = 65535;
 
+    /// Normals whose components differ by no more than this, as rounding makes them differ, are near: no more than 7e-6
+    /// apart and so equal for a search that meets them.
+    static constexpr float kNear = 4e-6F;
+
     /// Forgets all normals; memory is kept. The number of normals to expect makes it faster, but is no limit.
     void Clear(std::uint32_t expectedCount = 0);
 
@@ -38,7 +43,11 @@ public:
     std::uint16_t FindOrAdd(Vector3f const& normal);
 
     /// True only if FindOrAdd(normal) is certain to return `index`. Cheap.
-    bool IsCertain(std::uint16_t index, Vector3f const& normal) const;
+    bool IsCertain(std::uint16_t index, Vector3f const& normal) const {
+        Node const& node = At(index);
+        return std::fabs(normal.x - node.normal.x) <= kNear && std::fabs(normal.y - node.normal.y) <= kNear &&
+               std::fabs(normal.z - node.normal.z) <= kNear && node.isRoomy;
+    }
 
 private:
     static constexpr std::uint32_t kFewestCellBits = 6;
