@@ -98,7 +98,7 @@ TEST(BufferVerifier, SaysWhatTheGeneratedVerifierSaysOfChangedBytesAndWords) {
     std::mt19937 random(kSeed);
     std::size_t passed = 0;
     for (auto const& seed : TestSupport::MakeSeedModels()) {
-        for (int round = 0; round < 8000; ++round) {
+        for (int round = 0; round < 5000; ++round) {
             auto buffer = seed.buffer;
             for (auto changes = 1 + random() % 2; changes > 0; --changes) {
                 std::size_t const width = std::size_t{1} << (random() % 3);
