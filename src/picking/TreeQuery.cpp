@@ -197,9 +197,10 @@ std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree,
     Float4 const origin = Narrow(ray.origin - tree.getOrigin());
     Float4 const direction = Narrow(ray.direction);
     RayTest const isMet(origin, direction);
-    RaySlabs const slabs(ToArray(origin), ToArray(direction), ToArray(halfCell));
     bool const isOneTree = nodes.size() > 1 && GetSubtreeSize(nodes[0]) == nodes.size();
-    if (!isOneTree || !slabs.IsUsable()) return MetLeaves(tree, isMet).GetItems();
+    if (!isOneTree) return MetLeaves(tree, isMet).GetItems();
+    RaySlabs const slabs(ToArray(origin), ToArray(direction), ToArray(halfCell));
+    if (!slabs.IsUsable()) return MetLeaves(tree, isMet).GetItems();
     NearLeaves const leaves(tree, slabs);
     if (!leaves.IsTreeBinary()) return MetLeaves(tree, isMet).GetItems();
 
