@@ -22,8 +22,8 @@ public:
     void WriteGuids(ElementWriter<Schema::Guid>& out) const override {
         for (StoredPart const& part : parts_) part.WriteGuids(out);
     }
-    void WriteTexts(std::function<void(std::string_view)> const& add) const override {
-        for (StoredPart const& part : parts_) part.WriteTexts(add);
+    void WriteTexts(TextAppender& out) const override {
+        for (StoredPart const& part : parts_) part.WriteTexts(out);
     }
     void WriteHistoryRecords(ElementWriter<Schema::OwnerHistoryRecord>& out) const override {
         for (StoredPart const& part : parts_) part.WriteHistoryRecords(out);

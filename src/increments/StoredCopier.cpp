@@ -51,7 +51,7 @@ void CopyStoredEntities(StoredTarget const& target, ContentCopier& content, Buff
     ReserveMore(instances.instances, next.instance - first.instance);
     Append(entities.records, part, &StoredPart::WriteEntities);
     Append(entities.guids, part, &StoredPart::WriteGuids);
-    part.WriteTexts([&texts = entities.texts](std::string_view text) { texts.Add(text); });
+    part.WriteTexts(entities.texts);
     Append(histories.records, part, &StoredPart::WriteHistoryRecords);
     Append(histories.links, part, &StoredPart::WriteHistoryLinks);
     Append(instances.placements, part, &StoredPart::WritePlacements);

@@ -1,40 +1,12 @@
 #include "increments/StoredPart.h"
 
 #include "increments/IndexMap.h"
-#include "increments/StoredHistories.h"
 #include "model/PropertyValue.h"
-#include "model/WideText.h"
 
 #include <algorithm>
-#include <string>
 
 namespace Quorlan::Tools::Increments {
 namespace {
-
-bool IsAscii(std::string_view text) {
-    std::size_t position = 0;
-    for (; position + 8 <= text.size(); position += 8) {
-        std::uint64_t word = 0;
-        std::memcpy(&word, text.data() + position, 8);
-        if ((word & 0x8080808080808080) != 0) return false;
-    }
-    return std::all_of(text.begin() + position, text.end(), [](char c) { return (c & 0x80) == 0; });
-}
-
-/// A stored text as it is stored again once it has been a wide text: bytes that are no UTF-8 are replaced.
-class TextCleaner {
-public:
-    std::string_view Clean(std::string_view text) {
-        if (IsAscii(text)) return text;
-        FromUtf8(text, wide_);
-        cleaned_ = ToUtf8(wide_);
-        return cleaned_;
-    }
-
-private:
-    std::wstring wide_;
-    std::string cleaned_;
-};
 
 Schema::Placement Store(PlacementRecord const& placement) {
     auto const& o = placement.origin;
@@ -167,8 +139,6 @@ void StoredPart::CopyEntities(EntityList const& list, OwnerHistoryWriter& writer
     next_.history += next_.entity - first_.entity;
 }
 
-std::string_view StoredPart::GetText(std::uint32_t reference) const { return ViewOf(FindElement(texts_, reference)); }
-
 void StoredPart::CopyContent(ContentCopier& content) {
     Schema::Geometry const& geometry = *model_.geometry();
     auto const* const instances = geometry.instances();
@@ -228,14 +198,6 @@ void StoredPart::WriteGuids(ElementWriter<Schema::Guid>& out) const {
     for (References const& references : references_) {
         auto const* const guid = FindElement(guids, references.guid);
         out.Add(guid == nullptr ? noGuid : *guid);
-    }
-}
-
-void StoredPart::WriteTexts(std::function<void(std::string_view)> const& add) const {
-    TextCleaner cleaner;
-    for (References const& references : references_) {
-        std::string_view const text = GetText(references.text);
-        if (!text.empty()) add(cleaner.Clean(text));
     }
 }
 

@@ -2,12 +2,13 @@
 
 #include "increments/ContentCopier.h"
 #include "increments/EntityCopies.h"
+#include "increments/StoredHistories.h"
+#include "increments/TextCleaner.h"
 #include "model/BufferReaders.h"
 #include "model/ModelWriters.h"
 #include "model/StoredContent.h"
 
 #include <cstdint>
-#include <functional>
 #include <string_view>
 #include <utility>
 #include <vector>
@@ -45,7 +46,17 @@ public:
 
     void WriteEntities(ElementWriter<Schema::EntityRecord>& out) const;
     void WriteGuids(ElementWriter<Schema::Guid>& out) const;
-    void WriteTexts(std::function<void(std::string_view)> const& add) const;
+
+    /// Adds the entities' texts to `out`, in their order.
+    template <class Texts>
+    void WriteTexts(Texts& out) const {
+        TextCleaner cleaner;
+        for (References const& references : references_) {
+            std::string_view const text = GetText(references.text);
+            if (!text.empty()) out.Add(cleaner.Clean(text));
+        }
+    }
+
     void WriteHistoryRecords(ElementWriter<Schema::OwnerHistoryRecord>& out) const;
     void WriteHistoryLinks(ElementWriter<Schema::OwnerHistoryLink>& out) const;
     void WritePlacements(ElementWriter<Schema::Placement>& out) const;
@@ -63,7 +74,7 @@ private:
 
     void CopyEntities(EntityList const& list, OwnerHistoryWriter& histories);
     void CopyContent(ContentCopier& content);
-    std::string_view GetText(std::uint32_t reference) const;
+    std::string_view GetText(std::uint32_t reference) const { return ViewOf(FindElement(texts_, reference)); }
 
     /// Calls `visit` with every instance that is written, in the order of the source.
     template <class Visit>

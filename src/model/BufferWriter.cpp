@@ -3,7 +3,6 @@
 #include "model/BufferGate.h"
 
 #include <algorithm>
-#include <array>
 
 namespace Quorlan {
 namespace {
@@ -59,47 +58,8 @@ Tables::Tables(BufferSink& sink)
     properties = link(append({Properties::VT_ENTRIES, Properties::VT_STRINGS}));
 }
 
-/// [bytes] What a text of this length takes: its length, its characters and a zero, rounded up.
-std::size_t SizeOfText(std::size_t length) { return (4 + length + 1 + 3) / 4 * 4; }
-
 /// [bytes] What the texts take at most, with the offsets that lead to them.
 std::size_t EstimateSize(TextPool const& texts) { return texts.GetCount() * 12 + texts.GetCharacterCount(); }
-
-void WriteText(char* out, std::size_t size, std::string_view text) {
-    flatbuffers::WriteScalar(out + size - 4, std::uint32_t{0});
-    flatbuffers::WriteScalar(out, static_cast<std::uint32_t>(text.size()));
-    if (!text.empty()) std::memcpy(out + 4, text.data(), text.size());
-}
-
-/// Appends texts, block by block, and lets one offset after another lead to them.
-class TextAppender {
-public:
-    TextAppender(BufferSink& sink, std::size_t firstOffset) : sink_(sink), offset_(firstOffset) {}
-
-    void Add(std::string_view text) {
-        std::size_t const size = SizeOfText(text.size());
-        if (size > block_.size() - pending_) Flush();
-        sink_.SetOffset(offset_, sink_.GetSize() + pending_);
-        offset_ += 4;
-        if (size > block_.size()) {
-            WriteText(sink_.Append(size), size, text);
-        } else {
-            WriteText(block_.data() + pending_, size, text);
-            pending_ += size;
-        }
-    }
-
-    void Flush() {
-        sink_.AppendCopy(block_.data(), pending_);
-        pending_ = 0;
-    }
-
-private:
-    BufferSink& sink_;
-    std::size_t offset_;
-    std::size_t pending_ = 0;
-    std::array<char, 4096> block_;
-};
 
 /// The collected texts and behind them the stored ones, which are none where `stored` is null.
 void WriteTexts(BufferSink& sink, std::size_t table, std::size_t slot, TextPool const& texts,
@@ -107,7 +67,7 @@ void WriteTexts(BufferSink& sink, std::size_t table, std::size_t slot, TextPool 
     std::size_t const storedCount = stored == nullptr ? 0 : stored->GetTextCount();
     TextAppender appender(sink, sink.AppendOffsets(table, slot, texts.GetCount() + storedCount));
     for (std::size_t i = 0; i < texts.GetCount(); ++i) appender.Add(texts.Get(i));
-    if (storedCount != 0) stored->WriteTexts([&appender](std::string_view text) { appender.Add(text); });
+    if (storedCount != 0) stored->WriteTexts(appender);
     appender.Flush();
 }
 

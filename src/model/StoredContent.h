@@ -1,13 +1,12 @@
 #pragma once
 
 #include "model/BufferSink.h"
+#include "model/TextAppender.h"
 
 #include <model_generated.h>
 
 #include <cstddef>
-#include <functional>
 #include <new>
-#include <string_view>
 #include <type_traits>
 #include <utility>
 #include <vector>
@@ -75,7 +74,7 @@ public:
 
     virtual void WriteEntities(ElementWriter<Schema::EntityRecord>& out) const = 0;
     virtual void WriteGuids(ElementWriter<Schema::Guid>& out) const = 0;
-    virtual void WriteTexts(std::function<void(std::string_view)> const& add) const = 0;
+    virtual void WriteTexts(TextAppender& out) const = 0;
     virtual void WriteHistoryRecords(ElementWriter<Schema::OwnerHistoryRecord>& out) const = 0;
     virtual void WriteHistoryLinks(ElementWriter<Schema::OwnerHistoryLink>& out) const = 0;
     virtual void WritePlacements(ElementWriter<Schema::Placement>& out) const = 0;
