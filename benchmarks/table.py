@@ -39,7 +39,8 @@ ROWS = [
      {"Bullet": "FindCandidatesWithBullet", "Embree MEDIUM": "FindCandidatesWithEmbree"}, None),
     ("ModelPicker edges", "pick", "PickEdges", (1000, 10000, 100000, 1000000), None, {}, None),
     ("ModelPicker lines", "pick", "PickLines", (1000, 10000, 100000, 1000000), None, {}, None),
-    ("Ray against the edges of a shape", "ray", "StoredBRepEdges", None, "PlainEdges", {}, None),
+    ("Ray against the edges of a shape", "ray", "StoredBRepEdges", [f"side:{n}/planes:0" for n in (5, 16, 50, 158)],
+     "PlainEdges", {}, None),
     ("Ray against segments", "ray", "Segments", (100, 1000, 10000, 100000), "PlainSegments", {}, None),
     ("Ray against arcs", "ray", "Arcs", (100, 1000, 10000), "SampledArcs", {}, None),
     ("GUID to 22 characters", "GUID", "GuidToCompressed", None, None, {}, None),
@@ -97,10 +98,7 @@ def time_per_item(result):
 
 
 def find(results, name, size):
-    keys = [name] if size is None else [f"{name}/{size}"]
-    if size is None:
-        keys += [key for key in results if key.startswith(name + "/")]
-    return next((results[key] for key in keys if key in results), None)
+    return results.get(name if size is None else f"{name}/{size}")
 
 
 def format_time(ns):
@@ -125,7 +123,9 @@ def rows_of(results):
                 continue
             time = time_per_item(ours)
             label = ours.get("label")
-            shown = label if label and label != "per MB" else "" if size is None else f"{size:,}"
+            shown = f"{size:,}" if isinstance(size, int) else size or ""
+            if label and label != "per MB":
+                shown = label
             against = []
             for title, other in [("plain", plain)] + list(peers.items()):
                 result = find(results, other, size) if other else None
@@ -137,7 +137,7 @@ def rows_of(results):
 
 def whole_rows_of(results):
     prefix = f"Whole/{WHOLE_COLUMNS[0][2]}/"
-    models = [key[len(prefix):] for key in results if key.startswith(prefix)]
+    models = sorted((key[len(prefix):] for key in results if key.startswith(prefix)), key=str.lower)
     for model in models:
         row = [results[prefix + model].get("label", model)]
         for _, _, name, other in WHOLE_COLUMNS:
