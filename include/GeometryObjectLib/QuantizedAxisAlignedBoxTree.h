@@ -38,10 +38,11 @@ static_assert(sizeof(QuantizedAxisAlignedBoxTreeQuad_s) == 64);
 /// child follows the left subtree, so that a traversal skips a whole subtree with one jump.
 ///
 /// A node's box in model space has, per axis, the corners origin + quantized / bvhQuantization. An axis without extent
-/// has an infinite quantization; all its corners lie at the origin's coordinate. A node's box contains the boxes of all
-/// nodes of its subtree.
+/// has an infinite quantization; all its corners lie at the origin's coordinate.
 ///
-/// The upper part of a large binary tree is kept a second time in a form for queries, at most one byte per leaf.
+/// The upper part of a large binary tree in which every node's box contains those of its subtree, as in all that
+/// `QaabBuilder` makes, is kept a second time in a form for queries, at most one byte per leaf. Queries of other trees
+/// take longer.
 class QuantizedAxisAlignedBoxTree {
 public:
     QuantizedAxisAlignedBoxTree() = default;
@@ -54,7 +55,8 @@ public:
     Vertex const& getBvhQuantization() const { return bvhQuantization_; }
     std::vector<QuantizedAxisAlignedBoxTreeNode_s> const& getNodes() const { return nodes_; }
 
-    /// Breadth first from the root's on; empty for a small tree and where the root has not four inner grandchildren.
+    /// Breadth first from the root's on; empty for a small tree, where the root has not four inner grandchildren, and
+    /// where a node's box does not contain those of its subtree.
     std::vector<QuantizedAxisAlignedBoxTreeQuad_s> const& getUpperQuads() const { return upperQuads_; }
 
 private:

@@ -72,6 +72,31 @@ std::vector<Quad> MakeQuads(std::vector<Node> const& nodes, std::size_t leastSiz
     return quads;
 }
 
+bool IsInOrder(Node const& node) { return node.minX <= node.maxX && node.minY <= node.maxY && node.minZ <= node.maxZ; }
+
+bool Contains(Node const& outer, Node const& inner) {
+    return outer.minX <= inner.minX && inner.maxX <= outer.maxX && outer.minY <= inner.minY &&
+           inner.maxY <= outer.maxY && outer.minZ <= inner.minZ && inner.maxZ <= outer.maxZ;
+}
+
+/// Whether every node's box contains those of its subtree.
+bool AreNested(std::vector<Node> const& nodes) {
+    struct Open {
+        std::size_t node;
+        std::size_t end;
+    };
+    std::vector<Open> ancestors;
+    ancestors.reserve(64);
+    for (std::size_t i = 0; i < nodes.size(); ++i) {
+        while (!ancestors.empty() && ancestors.back().end <= i) ancestors.pop_back();
+        std::size_t const end = i + GetSubtreeSize(nodes[i]);
+        if (!IsInOrder(nodes[i]) || end > (ancestors.empty() ? nodes.size() : ancestors.back().end)) return false;
+        if (!ancestors.empty() && !Contains(nodes[ancestors.back().node], nodes[i])) return false;
+        if (end > i + 1) ancestors.push_back({i, end});
+    }
+    return true;
+}
+
 }  // namespace
 
 QuantizedAxisAlignedBoxTree::QuantizedAxisAlignedBoxTree(Vertex origin, Vertex bvhQuantization,
@@ -79,8 +104,9 @@ QuantizedAxisAlignedBoxTree::QuantizedAxisAlignedBoxTree(Vertex origin, Vertex b
     : origin_(origin), bvhQuantization_(bvhQuantization), nodes_(std::move(nodes)) {
     for (std::size_t leastSize = kNodesPerQuad;; leastSize *= 2) {
         upperQuads_ = MakeQuads(nodes_, leastSize);
-        if (upperQuads_.size() * sizeof(Quad) <= nodes_.size() / 2) return;
+        if (upperQuads_.size() * sizeof(Quad) <= nodes_.size() / 2) break;
     }
+    if (!upperQuads_.empty() && !AreNested(nodes_)) upperQuads_.clear();
 }
 
 }  // namespace GeometryObjectLib

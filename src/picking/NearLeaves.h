@@ -20,11 +20,12 @@ using GeometryObjectLib::QuantizedAxisAlignedBoxTree;
 /// quads of the tree's upper part first, then through the nodes below.
 class NearLeaves {
 public:
+    /// REQUIRES: the tree has quads.
     NearLeaves(QuantizedAxisAlignedBoxTree const& tree, RaySlabs const& slabs) : nodes_(tree.getNodes().data()) {
         IndexList topList;
         MetNodes tops(topList);  // its leaves are the tops of the subtrees below the quads
         auto const* const quads = tree.getUpperQuads().data();
-        tops.Add(0, tree.getUpperQuads().empty() ? 0 : -1, true);
+        tops.Add(0, -1, true);
         auto const getQuad = [&](std::size_t i) { return tops.GetInner(i); };
         ForEachBatch(
             tops, [&] { return tops.GetInnerCount(); }, getQuad,

@@ -189,16 +189,16 @@ double SquaredDistance(ModelRay const& ray, Vertex const& point) {
 
 }  // namespace
 
-/// A leaf counts if the exact test meets it and all its ancestors. All of these are met that contain a leaf which is
-/// met even when smaller by what the test can err, so that few ancestors are asked.
+/// A leaf counts if the exact test meets it and all its ancestors. Where boxes contain those of their subtrees, as in
+/// every tree with quads, all ancestors are met of a leaf that is met even when smaller by what the test can err, so
+/// that few are asked.
 std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray) {
     auto const& nodes = tree.getNodes();
     Float4 const halfCell = GetHalfCell(tree);
     Float4 const origin = Narrow(ray.origin - tree.getOrigin());
     Float4 const direction = Narrow(ray.direction);
     RayTest const isMet(origin, direction);
-    bool const isOneTree = nodes.size() > 1 && GetSubtreeSize(nodes[0]) == nodes.size();
-    if (!isOneTree) return MetLeaves(tree, isMet).GetItems();
+    if (tree.getUpperQuads().empty()) return MetLeaves(tree, isMet).GetItems();
     RaySlabs const slabs(ToArray(origin), ToArray(direction), ToArray(halfCell));
     if (!slabs.IsUsable()) return MetLeaves(tree, isMet).GetItems();
     NearLeaves const leaves(tree, slabs);

@@ -9,6 +9,7 @@
 #include <cmath>
 #include <limits>
 #include <random>
+#include <utility>
 
 namespace {
 
@@ -234,6 +235,32 @@ TEST(TreeQuery, RayThroughATreeThatIsNotBinaryGivesTheBitsOfTheWalkInScalars) {
             ASSERT_EQ(FindItemsAlongRay(tree, ray), FindInScalars(tree, ray));
         }
     }
+}
+
+// A leaf is found only where all its ancestors are met, however their boxes stand to its own.
+TEST(TreeQuery, RayThroughATreeWhoseBoxesDoNotContainTheirSubtreesGivesTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    auto const tree = MakeTree(random.Boxes(2000, {}));
+    ASSERT_FALSE(tree.getUpperQuads().empty());
+    auto const isMissed = [&](auto const& change) {
+        auto nodes = tree.getNodes();
+        for (auto& node : nodes) {
+            if (node.escapeOrItem < -3 && random.engine() % 8 == 0) change(node);
+        }
+        QuantizedAxisAlignedBoxTree const changed(tree.getOrigin(), tree.getBvhQuantization(), nodes);
+        EXPECT_TRUE(changed.getUpperQuads().empty());
+        std::size_t missed = 0;
+        for (int i = 0; i < 300; ++i) {
+            ModelRay const ray{random.Point(15), random.Point(10)};
+            auto const items = FindItemsAlongRay(changed, ray);
+            EXPECT_EQ(items, FindInScalars(changed, ray));
+            missed += FindItemsAlongRay(tree, ray).size() - items.size();
+        }
+        return missed > 0;
+    };
+    EXPECT_TRUE(isMissed([](Node& node) { node.maxX = static_cast<std::uint16_t>((node.minX + node.maxX) / 2); }));
+    EXPECT_TRUE(isMissed([](Node& node) { std::swap(node.minY, node.maxY); }));
+    EXPECT_TRUE(isMissed([](Node& node) { node.minZ = node.maxZ; }));
 }
 
 TEST(TreeQuery, PlanesGiveTheBitsOfTheWalkInScalars) {
