@@ -6,7 +6,6 @@
 
 #include <CLI/CLI.hpp>
 
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -141,11 +140,9 @@ int ImportHere(Settings const& settings) {
 int RunImport(Settings const& settings) {
     auto const names = settings.inputs.size() == 1 ? settings.inputs.front() : std::string("one of the files");
     CheckOutputFile(settings.output, settings.inputs);
-    auto const parent = getpid();
-    auto const child = fork();
+    auto const child = ForkEndedOnInterrupt();
     if (child < 0) return ImportHere(settings);
     if (child == 0) {
-        LeaveInterruptsToTheParent(parent);
         int code = kFindings;
         try {
             code = ImportHere(settings);
@@ -160,9 +157,8 @@ int RunImport(Settings const& settings) {
         }
         _exit(code);
     }
-    EndedOnInterrupt const endedOnInterrupt(child);
-    int status = 0;
-    if (waitpid(child, &status, 0) == child && WIFEXITED(status)) return WEXITSTATUS(status);
+    auto const code = WaitForChild(child);
+    if (code >= 0) return code;
     throw Failure(names + ": the library that reads it broke down");
 }
 

@@ -16,15 +16,16 @@ namespace QuorlanProgram {
 #if defined(_WIN32)
 
 void PrepareSignals() {}
-void LeaveInterruptsToTheParent(int) {}
-EndedOnInterrupt::EndedOnInterrupt(int) {}
-EndedOnInterrupt::~EndedOnInterrupt() = default;
+int ForkEndedOnInterrupt() { return -1; }
+int WaitForChild(int) { return -1; }
 RemovedOnInterrupt::RemovedOnInterrupt(std::string const&) {}
 RemovedOnInterrupt::~RemovedOnInterrupt() = default;
 
 #else
 
 namespace {
+
+constexpr int kInterrupts[] = {SIGINT, SIGTERM, SIGHUP};
 
 // What a signal handler may look at: plain memory, and a flag that says whether it is whole.
 constexpr std::size_t kMaxPath = 4096;
@@ -34,7 +35,7 @@ volatile std::sig_atomic_t isQuiet = 0;
 volatile std::sig_atomic_t endedChild = 0;
 
 extern "C" void EndByInterrupt(int signal) {
-    if (endedChild > 0 && kill(endedChild, SIGTERM) == 0) waitpid(endedChild, nullptr, 0);
+    if (endedChild > 0 && kill(endedChild, signal) == 0) waitpid(endedChild, nullptr, 0);
     if (hasRemovedPath != 0) unlink(removedPath);
     constexpr char kLine[] = "quorlan: interrupted\n";
     if (isQuiet == 0 && write(STDERR_FILENO, kLine, sizeof(kLine) - 1) < 0) isQuiet = 1;  // no more can be done
@@ -47,22 +48,37 @@ extern "C" void EndByInterrupt(int signal) {
 void PrepareSignals() {
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
-    for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
+    for (int const signal : kInterrupts) {
         if (std::signal(signal, &EndByInterrupt) == SIG_IGN) std::signal(signal, SIG_IGN);
     }
 }
 
-void LeaveInterruptsToTheParent(int parent) {
-    isQuiet = 1;
+int ForkEndedOnInterrupt() {
+    // No interrupt comes before the handler of either process knows what it has to do.
+    sigset_t interrupts, before;
+    sigemptyset(&interrupts);
+    for (int const signal : kInterrupts) sigaddset(&interrupts, signal);
+    sigprocmask(SIG_BLOCK, &interrupts, &before);
+    auto const parent = getpid();
+    auto const child = fork();
+    if (child == 0) {
+        isQuiet = 1;
 #if defined(__linux__)
-    prctl(PR_SET_PDEATHSIG, SIGTERM);              // where no handler can tell: the parent was killed
+        prctl(PR_SET_PDEATHSIG, SIGTERM);              // where no handler can tell: the parent was killed
 #endif
-    if (getppid() != parent) _exit(EXIT_FAILURE);  // before the line above took effect
+        if (getppid() != parent) _exit(EXIT_FAILURE);  // before the line above took effect
+    }
+    if (child > 0) endedChild = child;
+    sigprocmask(SIG_SETMASK, &before, nullptr);
+    return child;
 }
 
-EndedOnInterrupt::EndedOnInterrupt(int child) { endedChild = child; }
-
-EndedOnInterrupt::~EndedOnInterrupt() { endedChild = 0; }
+int WaitForChild(int child) {
+    int status = 0;
+    auto const ended = waitpid(child, &status, 0);
+    endedChild = 0;
+    return ended == child && WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
 
 RemovedOnInterrupt::RemovedOnInterrupt(std::string const& path) {
     if (path.size() >= kMaxPath) return;

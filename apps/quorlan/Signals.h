@@ -9,19 +9,12 @@ namespace QuorlanProgram {
 /// caller ignores stays ignored.
 void PrepareSignals();
 
-/// For a child process, with the number of its parent: an interrupt of the parent ends it too, and it says nothing of
-/// its own.
-void LeaveInterruptsToTheParent(int parent);
+/// A child process, one at a time. An interrupt of this process ends the child first and waits for it, so that nothing
+/// of it is left when the program has ended; the child says nothing of its own. RETURNS what fork() does.
+int ForkEndedOnInterrupt();
 
-/// While it lives, an interrupt ends the process `child` first and waits for it, so that nothing of it is left when the
-/// program has ended. One at a time.
-class EndedOnInterrupt {
-public:
-    explicit EndedOnInterrupt(int child);
-    EndedOnInterrupt(EndedOnInterrupt const&) = delete;
-    EndedOnInterrupt& operator=(EndedOnInterrupt const&) = delete;
-    ~EndedOnInterrupt();
-};
+/// Waits for that child. RETURNS its exit code, or -1 where it was ended by a signal.
+int WaitForChild(int child);
 
 /// While it lives, an interrupt removes the file `path`. One at a time.
 class RemovedOnInterrupt {
