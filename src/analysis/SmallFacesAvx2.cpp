@@ -72,7 +72,7 @@ QUORLAN_AVX2_INLINE bool Begin(std::uint8_t const* vertices, std::uint16_t const
         __m256d const turn = Dot(Cross(edges[0], e2), Cross(e2, e3));
         if (!AreAll(IsLess(_mm256_setzero_pd(), turn))) return false;
     }
-    Vectors longest;
+    Vectors longest{};
     __m256d longestSquared;
     if (!FindLongestEdges(edges, count, longest, longestSquared)) return false;
     Vectors const opposite = ComputeOppositeNormal(corners, edges, count);

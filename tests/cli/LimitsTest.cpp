@@ -64,12 +64,12 @@ TEST_F(Limits, AFullDiskBehindStdoutIsAFailureInOneLine) {
 
 TEST_F(Limits, AnInterruptLeavesAllOrNothing) {
     auto const output = PathOf("a.qln");
-    std::vector<std::string> const command = {"sample", "--storeys", kHasSanitizer ? "6" : "20", "-o", output};
+    std::vector<std::string> const command = {"sample", "--storeys", kHasSanitizer ? "6" : "100", "-o", output};
     ASSERT_EQ(RunQuorlan(command).exitCode, 0);
     auto const whole = ReadBytes(output);
     for (int const signal : {SIGINT, SIGTERM, SIGHUP}) {
         bool isHit = false;
-        for (int attempt = 0; attempt < 20 && !isHit; ++attempt) {
+        for (int attempt = 0; attempt < 40 && !isHit; ++attempt) {
             fs::remove(output);
             bool const isEnded = InterruptWhileWriting(command, signal);
             isHit = isEnded && !fs::exists(output);
