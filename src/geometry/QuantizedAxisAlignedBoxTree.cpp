@@ -79,20 +79,16 @@ bool Contains(Node const& outer, Node const& inner) {
            inner.maxY <= outer.maxY && outer.minZ <= inner.minZ && inner.maxZ <= outer.maxZ;
 }
 
-/// Whether every node's box contains those of its subtree.
+/// Whether every inner node has two children whose boxes its own contains. REQUIRES: the root's subtree is all nodes.
 bool AreNested(std::vector<Node> const& nodes) {
-    struct Open {
-        std::size_t node;
-        std::size_t end;
-    };
-    std::vector<Open> ancestors;
-    ancestors.reserve(64);
     for (std::size_t i = 0; i < nodes.size(); ++i) {
-        while (!ancestors.empty() && ancestors.back().end <= i) ancestors.pop_back();
-        std::size_t const end = i + GetSubtreeSize(nodes[i]);
-        if (!IsInOrder(nodes[i]) || end > (ancestors.empty() ? nodes.size() : ancestors.back().end)) return false;
-        if (!ancestors.empty() && !Contains(nodes[ancestors.back().node], nodes[i])) return false;
-        if (end > i + 1) ancestors.push_back({i, end});
+        if (!IsInOrder(nodes[i])) return false;
+        if (nodes[i].escapeOrItem >= 0) continue;
+        auto const children = FindTwoChildren(nodes, i, i + GetSubtreeSize(nodes[i]));
+        if (!children) return false;
+        for (std::size_t const child : *children) {
+            if (!Contains(nodes[i], nodes[child])) return false;
+        }
     }
     return true;
 }

@@ -20,7 +20,7 @@ using GeometryObjectLib::QuantizedAxisAlignedBoxTree;
 /// quads of the tree's upper part first, then through the nodes below.
 class NearLeaves {
 public:
-    /// REQUIRES: the tree has quads.
+    /// REQUIRES: the tree has quads, and so is binary from the root to the leaves.
     NearLeaves(QuantizedAxisAlignedBoxTree const& tree, RaySlabs const& slabs) : nodes_(tree.getNodes().data()) {
         IndexList topList;
         MetNodes tops(topList);  // its leaves are the tops of the subtrees below the quads
@@ -43,9 +43,6 @@ public:
         count_ = walk.GetLeafCount();
     }
 
-    /// Where it is false, leaves are missing.
-    bool IsTreeBinary() const { return isBinary_; }
-
     std::uint32_t const* begin() const { return leaves_.GetData(); }
     std::uint32_t const* end() const { return leaves_.GetData() + count_; }
 
@@ -58,14 +55,12 @@ private:
         std::size_t first;
         std::size_t second;
         std::size_t isPair;  // 1, or 0: there is no second one, and it is the first again
-        bool isAll;          // whether there are no more
 
         Pair(QuantizedAxisAlignedBoxTreeNode_s const* nodes, std::size_t child, std::size_t end) {
             first = child + static_cast<std::size_t>(nodes[child].escapeOrItem < 0);
             std::size_t const size = GetSubtreeSize(nodes[first]);
             isPair = static_cast<std::size_t>(first + size < end);
             second = first + (size & (0 - isPair));
-            isAll = second + GetSubtreeSize(nodes[second]) == end;
         }
     };
 
@@ -96,17 +91,12 @@ private:
         return answers;
     }
 
-    FourAnswers AskGrandchildren(RaySlabs const& slabs, std::size_t node) {
+    FourAnswers AskGrandchildren(RaySlabs const& slabs, std::size_t node) const {
         std::size_t const end = node + GetSubtreeSize(nodes_[node]);
         std::size_t const left = node + 1;
         std::size_t const right = left + GetSubtreeSize(nodes_[left]);
-        if (right >= end) {
-            isBinary_ = false;
-            return {};
-        }
         Pair const a(nodes_, left, right);
         Pair const b(nodes_, right, end);
-        isBinary_ = isBinary_ & a.isAll & b.isAll;
 
         NodeQuad const quad(nodes_[a.first], nodes_[a.second], nodes_[b.first], nodes_[b.second]);
         auto const isThere = static_cast<unsigned>(0b0101 | a.isPair << 1 | b.isPair << 3);
@@ -121,7 +111,6 @@ private:
     QuantizedAxisAlignedBoxTreeNode_s const* nodes_;
     IndexList leaves_;
     std::size_t count_ = 0;
-    bool isBinary_ = true;
 };
 
 }  // namespace Quorlan::Tools::Picking

@@ -202,7 +202,6 @@ std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree,
     RaySlabs const slabs(ToArray(origin), ToArray(direction), ToArray(halfCell));
     if (!slabs.IsUsable()) return MetLeaves(tree, isMet).GetItems();
     NearLeaves const leaves(tree, slabs);
-    if (!leaves.IsTreeBinary()) return MetLeaves(tree, isMet).GetItems();
 
     auto const& slack = slabs.GetSlack();
     Float4 const slackLanes(slack[0], slack[1], slack[2], 0);
