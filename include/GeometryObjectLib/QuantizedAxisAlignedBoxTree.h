@@ -23,16 +23,28 @@ struct QuantizedAxisAlignedBoxTreeNode_s {
 
 static_assert(sizeof(QuantizedAxisAlignedBoxTreeNode_s) == 16);
 
-/// The boxes of the four grandchildren of a node side by side, in one cache line.
-struct alignas(64) QuantizedAxisAlignedBoxTreeQuad_s {
-    /// min x, max x, min y, max y, min z, max z, each of all four.
-    std::uint16_t bounds[6][4] = {};
+/// Up to eight descendants of a node that together hold all its leaves, in one cache line. Either all of them are wide
+/// nodes themselves, or all of them are leaves.
+struct alignas(64) QuantizedAxisAlignedBoxTreeWideNode_s {
+    /// min x, max x, min y, max y, min z, max z, each of all eight, in steps of 2^shift grid cells from `base`: a box
+    /// reaches from the first cell of its lower step to the last one of its upper step.
+    std::uint8_t bounds[6][8] = {};
 
-    /// A grandchild's own quad as ~index, or the index of its node; that node is an inner node.
-    std::int32_t child[4] = {};
+    /// The lower corner of the node's own box, in grid cells.
+    std::uint16_t base[3] = {};
+
+    /// From the lowest bit on: the shift of each axis (4 bits each), the number of children less one (3 bits), and
+    /// whether they are leaves.
+    std::uint16_t form = 0;
+
+    /// The first child in the list of wide nodes, which the others follow; of leaves, the node they are below of.
+    std::uint32_t first = 0;
+
+    /// How many nodes each leaf stands behind that node (4 bits each).
+    std::uint32_t leafOffsets = 0;
 };
 
-static_assert(sizeof(QuantizedAxisAlignedBoxTreeQuad_s) == 64);
+static_assert(sizeof(QuantizedAxisAlignedBoxTreeWideNode_s) == 64);
 
 /// A bounding-volume hierarchy in one array, depth first: the left child of an inner node is the next node, the right
 /// child follows the left subtree, so that a traversal skips a whole subtree with one jump.
@@ -40,9 +52,8 @@ static_assert(sizeof(QuantizedAxisAlignedBoxTreeQuad_s) == 64);
 /// A node's box in model space has, per axis, the corners origin + quantized / bvhQuantization. An axis without extent
 /// has an infinite quantization; all its corners lie at the origin's coordinate.
 ///
-/// The upper part of a large binary tree in which every node's box contains those of its subtree, as in all that
-/// `QaabBuilder` makes, is kept a second time in a form for queries, at most one byte per leaf. Queries of other trees
-/// take longer.
+/// A binary tree in which every node's box contains those of its subtree, as all are that `QaabBuilder` makes, is kept
+/// a second time in a form for queries, for which a leaf takes 9 to 20 bytes more. Queries of other trees take longer.
 class QuantizedAxisAlignedBoxTree {
 public:
     QuantizedAxisAlignedBoxTree() = default;
@@ -55,15 +66,15 @@ public:
     Vertex const& getBvhQuantization() const { return bvhQuantization_; }
     std::vector<QuantizedAxisAlignedBoxTreeNode_s> const& getNodes() const { return nodes_; }
 
-    /// Breadth first from the root's on; empty for a small tree, where the root has not four inner grandchildren, and
-    /// where a node's box does not contain those of its subtree.
-    std::vector<QuantizedAxisAlignedBoxTreeQuad_s> const& getUpperQuads() const { return upperQuads_; }
+    /// The form for queries, from the root on; empty for a small tree, and where a node's box does not contain those of
+    /// its subtree.
+    std::vector<QuantizedAxisAlignedBoxTreeWideNode_s> const& getWideNodes() const { return wideNodes_; }
 
 private:
     Vertex origin_;
     Vertex bvhQuantization_;
     std::vector<QuantizedAxisAlignedBoxTreeNode_s> nodes_;
-    std::vector<QuantizedAxisAlignedBoxTreeQuad_s> upperQuads_;
+    std::vector<QuantizedAxisAlignedBoxTreeWideNode_s> wideNodes_;
 };
 
 }  // namespace GeometryObjectLib

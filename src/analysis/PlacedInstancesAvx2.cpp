@@ -1,13 +1,8 @@
 #include "analysis/PlacedInstancesAvx2.h"
 
+#include "geometry/Avx2Vectors.h"
+
 #if QUORLAN_HAS_AVX2
-
-#include <immintrin.h>
-
-// Every function of this file is for AVX2 and has internal linkage but for those that the header declares, and nothing
-// is instantiated here: none of it can stand in for code that runs on other processors.
-#define QUORLAN_AVX2 __attribute__((target("avx2")))
-#define QUORLAN_AVX2_INLINE __attribute__((target("avx2"), always_inline)) inline
 
 namespace Quorlan {
 namespace {
@@ -21,19 +16,9 @@ struct Floats {
     __m256 x, y, z;
 };
 
-/// Vectors of four instances.
-struct Doubles {
-    __m256d x, y, z;
-};
-
 QUORLAN_AVX2_INLINE Floats Divide(Floats const& a, __m256 k) { return {a.x / k, a.y / k, a.z / k}; }
-QUORLAN_AVX2_INLINE Doubles Divide(Doubles const& a, __m256d k) { return {a.x / k, a.y / k, a.z / k}; }
 QUORLAN_AVX2_INLINE __m256 Dot(Floats const& a, Floats const& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
-QUORLAN_AVX2_INLINE __m256d Dot(Doubles const& a, Doubles const& b) { return a.x * b.x + a.y * b.y + a.z * b.z; }
 QUORLAN_AVX2_INLINE Floats Cross(Floats const& a, Floats const& b) {
-    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
-}
-QUORLAN_AVX2_INLINE Doubles Cross(Doubles const& a, Doubles const& b) {
     return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
 }
 
@@ -43,20 +28,13 @@ QUORLAN_AVX2_INLINE __m256 Max(__m256 a, __m256 b) { return _mm256_max_ps(b, a);
 
 QUORLAN_AVX2_INLINE __m256d WidenLower(__m256 a) { return _mm256_cvtps_pd(_mm256_castps256_ps128(a)); }
 QUORLAN_AVX2_INLINE __m256d WidenUpper(__m256 a) { return _mm256_cvtps_pd(_mm256_extractf128_ps(a, 1)); }
-QUORLAN_AVX2_INLINE Doubles WidenLower(Floats const& a) { return {WidenLower(a.x), WidenLower(a.y), WidenLower(a.z)}; }
-QUORLAN_AVX2_INLINE Doubles WidenUpper(Floats const& a) { return {WidenUpper(a.x), WidenUpper(a.y), WidenUpper(a.z)}; }
+QUORLAN_AVX2_INLINE Vectors WidenLower(Floats const& a) { return {WidenLower(a.x), WidenLower(a.y), WidenLower(a.z)}; }
+QUORLAN_AVX2_INLINE Vectors WidenUpper(Floats const& a) { return {WidenUpper(a.x), WidenUpper(a.y), WidenUpper(a.z)}; }
 
 /// 16 bytes of each of two records.
 QUORLAN_AVX2_INLINE __m256 LoadFloats(Record lower, Record upper) {
     return _mm256_insertf128_ps(_mm256_castps128_ps256(_mm_loadu_ps(reinterpret_cast<float const*>(lower))),
                                 _mm_loadu_ps(reinterpret_cast<float const*>(upper)), 1);
-}
-QUORLAN_AVX2_INLINE __m256d LoadDoubles(Record lower, Record upper) {
-    return _mm256_insertf128_pd(_mm256_castpd128_pd256(_mm_loadu_pd(reinterpret_cast<double const*>(lower))),
-                                _mm_loadu_pd(reinterpret_cast<double const*>(upper)), 1);
-}
-QUORLAN_AVX2_INLINE __m256d LoadWide(Record record) {
-    return _mm256_cvtps_pd(_mm_loadu_ps(reinterpret_cast<float const*>(record)));
 }
 
 /// The first and the second two floats of a pair of unpacked vectors.
@@ -85,35 +63,6 @@ QUORLAN_AVX2_INLINE void LoadTriples(Record const* r, std::size_t offset, Floats
     second.z = JoinUpper(_mm256_unpackhi_ps(e, f), _mm256_unpackhi_ps(g, h));
 }
 
-/// The same of four records, widened.
-QUORLAN_AVX2_INLINE void LoadWideTriples(Record const* r, std::size_t offset, Doubles& first, Doubles& second) {
-    __m256d const a = LoadWide(r[0] + offset);  // first.xyz, second.x
-    __m256d const b = LoadWide(r[1] + offset);
-    __m256d const c = LoadWide(r[2] + offset);
-    __m256d const d = LoadWide(r[3] + offset);
-    __m256d const acLower = _mm256_permute2f128_pd(a, c, 0x20);
-    __m256d const bdLower = _mm256_permute2f128_pd(b, d, 0x20);
-    __m256d const acUpper = _mm256_permute2f128_pd(a, c, 0x31);
-    __m256d const bdUpper = _mm256_permute2f128_pd(b, d, 0x31);
-    first.x = _mm256_unpacklo_pd(acLower, bdLower);
-    first.y = _mm256_unpackhi_pd(acLower, bdLower);
-    first.z = _mm256_unpacklo_pd(acUpper, bdUpper);
-    second.x = _mm256_unpackhi_pd(acUpper, bdUpper);
-    __m256d const eg = _mm256_permute2f128_pd(LoadWide(r[0] + offset + 8), LoadWide(r[2] + offset + 8), 0x31);
-    __m256d const fh = _mm256_permute2f128_pd(LoadWide(r[1] + offset + 8), LoadWide(r[3] + offset + 8), 0x31);
-    second.y = _mm256_unpacklo_pd(eg, fh);
-    second.z = _mm256_unpackhi_pd(eg, fh);
-}
-
-/// The origins of four placements.
-QUORLAN_AVX2_INLINE Doubles LoadOrigins(Record const* r) {
-    __m256d const a = LoadDoubles(r[0], r[2]);
-    __m256d const b = LoadDoubles(r[1], r[3]);
-    __m256d const c = LoadDoubles(r[0] + 16, r[2] + 16);
-    __m256d const d = LoadDoubles(r[1] + 16, r[3] + 16);
-    return {_mm256_unpacklo_pd(a, b), _mm256_unpackhi_pd(a, b), _mm256_unpacklo_pd(c, d)};
-}
-
 /// Divides three axes by their lengths; axes of exactly unit length are the result already.
 QUORLAN_AVX2_INLINE void Normalize(Floats& x, Floats& y, Floats& z) {
     __m256 const xSquared = Dot(x, x);
@@ -129,7 +78,7 @@ QUORLAN_AVX2_INLINE void Normalize(Floats& x, Floats& y, Floats& z) {
     z = Divide(z, _mm256_sqrt_ps(zSquared));
 }
 
-QUORLAN_AVX2_INLINE void Normalize(Doubles& x, Doubles& y, Doubles& z) {
+QUORLAN_AVX2_INLINE void Normalize(Vectors& x, Vectors& y, Vectors& z) {
     __m256d const xSquared = Dot(x, x);
     __m256d const ySquared = Dot(y, y);
     __m256d const zSquared = Dot(z, z);
@@ -145,14 +94,14 @@ QUORLAN_AVX2_INLINE void Normalize(Doubles& x, Doubles& y, Doubles& z) {
 
 /// Eight frames with axes in single precision.
 struct Frames {
-    Doubles lowerOrigin, upperOrigin;
+    Vectors lowerOrigin, upperOrigin;
     Floats x, y, z;
 };
 
 QUORLAN_AVX2_INLINE Frames LoadFrames(Record const* placements) {
     Frames frames;
-    frames.lowerOrigin = LoadOrigins(placements);
-    frames.upperOrigin = LoadOrigins(placements + 4);
+    frames.lowerOrigin = LoadOrigins(placements, 0);
+    frames.upperOrigin = LoadOrigins(placements + 4, 0);
     LoadTriples(placements, kAxes, frames.x, frames.y);
     frames.z = Cross(frames.x, frames.y);
     Normalize(frames.x, frames.y, frames.z);
@@ -161,16 +110,6 @@ QUORLAN_AVX2_INLINE Frames LoadFrames(Record const* placements) {
 
 QUORLAN_AVX2_INLINE Floats Turn(Floats const& x, Floats const& y, Floats const& z, Floats const& v) {
     return {x.x * v.x + y.x * v.y + z.x * v.z, x.y * v.x + y.y * v.y + z.y * v.z, x.z * v.x + y.z * v.y + z.z * v.z};
-}
-
-QUORLAN_AVX2_INLINE Doubles Turn(Doubles const& x, Doubles const& y, Doubles const& z, Doubles const& v) {
-    return {x.x * v.x + y.x * v.y + z.x * v.z, x.y * v.x + y.y * v.y + z.y * v.z, x.z * v.x + y.z * v.y + z.z * v.z};
-}
-
-QUORLAN_AVX2_INLINE Doubles Place(Doubles const& origin, Doubles const& x, Doubles const& y, Doubles const& z,
-                                  Doubles const& p) {
-    return {origin.x + x.x * p.x + y.x * p.y + z.x * p.z, origin.y + x.y * p.x + y.y * p.y + z.y * p.z,
-            origin.z + x.z * p.x + y.z * p.y + z.z * p.z};
 }
 
 /// Applies `b` first, then `a`.
@@ -194,11 +133,11 @@ QUORLAN_AVX2_INLINE void StorePairs(__m256d a, __m256d b, double* out, std::size
     _mm_storeu_pd(out + 3 * stride, _mm256_extractf128_pd(odd, 1));
 }
 
-QUORLAN_AVX2_INLINE void StoreBoxes(Doubles const& lowerEnd, Doubles const& upperEnd, Doubles const& origin,
+QUORLAN_AVX2_INLINE void StoreBoxes(Vectors const& lowerEnd, Vectors const& upperEnd, Vectors const& origin,
                                     double* out) {
     __m256d const half = _mm256_set1_pd(0.5);  // the bits of a division by 2
-    Doubles const lower{lowerEnd.x + origin.x, lowerEnd.y + origin.y, lowerEnd.z + origin.z};
-    Doubles const upper{upperEnd.x + origin.x, upperEnd.y + origin.y, upperEnd.z + origin.z};
+    Vectors const lower{lowerEnd.x + origin.x, lowerEnd.y + origin.y, lowerEnd.z + origin.z};
+    Vectors const upper{upperEnd.x + origin.x, upperEnd.y + origin.y, upperEnd.z + origin.z};
     StorePairs((upper.x + lower.x) * half, (upper.y + lower.y) * half, out, 6);
     StorePairs((upper.z + lower.z) * half, (upper.x - lower.x) * half, out + 2, 6);
     StorePairs((upper.y - lower.y) * half, (upper.z - lower.z) * half, out + 4, 6);
@@ -247,12 +186,12 @@ QUORLAN_AVX2_INLINE void PrefetchResults(double const* results, std::size_t coun
 
 /// Four double frames.
 struct WideFrames {
-    Doubles origin, x, y, z;
+    Vectors origin, x, y, z;
 };
 
 QUORLAN_AVX2_INLINE WideFrames LoadWideFrames(Record const* placements) {
     WideFrames frames;
-    frames.origin = LoadOrigins(placements);
+    frames.origin = LoadOrigins(placements, 0);
     LoadWideTriples(placements, kAxes, frames.x, frames.y);
     frames.z = Cross(frames.x, frames.y);
     frames.y = Cross(frames.z, frames.x);
@@ -283,7 +222,7 @@ QUORLAN_AVX2_INLINE void StoreMatrices(WideFrames const& frames, double* out) {
 QUORLAN_AVX2_INLINE void StoreProducts(double const* transform, WideFrames const& frames, double* out) {
     for (std::size_t row = 0; row < 4; ++row) {
         double const* const t = transform + 4 * row;
-        Doubles const factors{_mm256_set1_pd(t[0]), _mm256_set1_pd(t[1]), _mm256_set1_pd(t[2])};
+        Vectors const factors{_mm256_set1_pd(t[0]), _mm256_set1_pd(t[1]), _mm256_set1_pd(t[2])};
         __m256d const withZero = _mm256_set1_pd(t[3] * 0.0);
         __m256d const withOne = _mm256_set1_pd(t[3]);
         StoreRow(Dot(factors, frames.x) + withZero, Dot(factors, frames.y) + withZero,
@@ -296,7 +235,7 @@ QUORLAN_AVX2_INLINE void StoreProducts(double const* transform, WideFrames const
 QUORLAN_AVX2 void ComputeBoxesAvx2(InstanceBytes const& bytes, double const (&callerOrigin)[3],
                                    float const (&callerAxes)[9], std::size_t first, std::size_t count, double* out,
                                    double const* destination) {
-    Doubles const origin{_mm256_set1_pd(callerOrigin[0]), _mm256_set1_pd(callerOrigin[1]),
+    Vectors const origin{_mm256_set1_pd(callerOrigin[0]), _mm256_set1_pd(callerOrigin[1]),
                          _mm256_set1_pd(callerOrigin[2])};
     Frames const caller{origin, origin, BroadcastFloats(callerAxes), BroadcastFloats(callerAxes + 3),
                         BroadcastFloats(callerAxes + 6)};

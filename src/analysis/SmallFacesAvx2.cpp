@@ -2,7 +2,7 @@
 
 #if QUORLAN_HAS_AVX2
 
-#include "analysis/Avx2Vectors.h"
+#include "analysis/Avx2Tetrahedra.h"
 
 namespace Quorlan {
 namespace {

@@ -217,12 +217,15 @@ struct Double4 {
 
 inline Double4 Widen(Float4 a) { return {_mm_cvtps_pd(a.v), _mm_cvtps_pd(_mm_movehl_ps(a.v, a.v))}; }
 inline Float4 Narrow(Double4 a) { return _mm_movelh_ps(_mm_cvtpd_ps(a.lo), _mm_cvtpd_ps(a.hi)); }
+inline Float4 Load(float const* from) { return _mm_loadu_ps(from); }
 
 #else
 
 using Float4 = PlainLanes<float>;
 using Double4 = PlainLanes<double>;
 using Mask4 = PlainMask;
+
+inline Float4 Load(float const* from) { return {from[0], from[1], from[2], from[3]}; }
 
 #endif
 

@@ -9,6 +9,7 @@
 namespace Quorlan::Tools {
 
 using GeometryObjectLib::Float4;
+using GeometryObjectLib::Load;
 
 /// A decision per lane, for algorithms whose lanes take different ways.
 using LaneMask = decltype(std::declval<Float4>() < std::declval<Float4>());
@@ -17,8 +18,6 @@ using LaneMask = decltype(std::declval<Float4>() < std::declval<Float4>());
 
 /// Bit i is lane i.
 inline unsigned ToBits(LaneMask a) { return static_cast<unsigned>(_mm_movemask_ps(a.v)); }
-
-inline Float4 Load(float const* from) { return _mm_loadu_ps(from); }
 
 /// Lanes x, y, z, w become y, z, x, w.
 inline Float4 NextAxis(Float4 a) { return _mm_shuffle_ps(a.v, a.v, _MM_SHUFFLE(3, 0, 2, 1)); }
@@ -29,7 +28,6 @@ inline unsigned ToBits(LaneMask const& a) {
     return (a.lane[0] ? 1u : 0u) | (a.lane[1] ? 2u : 0u) | (a.lane[2] ? 4u : 0u) | (a.lane[3] ? 8u : 0u);
 }
 
-inline Float4 Load(float const* from) { return {from[0], from[1], from[2], from[3]}; }
 inline Float4 NextAxis(Float4 const& a) { return {a.lane[1], a.lane[2], a.lane[0], a.lane[3]}; }
 
 #endif

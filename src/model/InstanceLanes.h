@@ -22,6 +22,7 @@ using GeometryObjectLib::VectorLanes;
 constexpr std::uint32_t kLaneCount = 4;
 constexpr std::uint32_t kPrefetchDistance = 32;  ///< [instances]
 constexpr std::size_t kEntityPlacement = 16;     ///< [bytes] into an entity's record
+constexpr std::size_t kPlacementAxes = 24;       ///< [bytes] into a placement, behind its origin
 constexpr std::size_t kDefinitionBounds = 8;     ///< [bytes] into a definition's record
 
 /// Four records of one kind, wherever in the buffer they lie.
@@ -64,7 +65,7 @@ struct PlacementLanes {
 
     PlacementLanes(RecordLanes const& records, std::size_t offset) {
         LoadOrigins(records, offset);
-        LoadTriples(records, offset + 24, xAxis, yAxis);
+        LoadTriples(records, offset + kPlacementAxes, xAxis, yAxis);
     }
 
     FrameLanes ToFrame() const { return FrameLanes::FromAxes(origin, xAxis, yAxis); }

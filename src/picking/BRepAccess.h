@@ -30,10 +30,21 @@ struct LoopView {
     Index const* end() const { return indices + size; }
 };
 
+/// A hole: an inner loop and the face it belongs to.
+template <class Index>
+struct HoleView {
+    std::uint64_t face = 0;
+    LoopView<Index> loop;
+};
+
 /// A shape in memory. Positions are narrowed to single precision where they are read.
 class FacetedBRepAccess {
 public:
-    explicit FacetedBRepAccess(GeometryObjectLib::FacetedBRep const& brep) : brep_(brep) {}
+    explicit FacetedBRepAccess(GeometryObjectLib::FacetedBRep const& brep) : brep_(brep) {
+        for (auto const& [face, loops] : brep.holes) {
+            for (auto const& loop : loops) holes_.push_back({face, {loop.data(), loop.size()}});
+        }
+    }
 
     Vector3f GetPosition(std::size_t index) const { return GeometryObjectLib::ToVector3f(brep_.vertices[index]); }
 
@@ -47,7 +58,9 @@ public:
     LoopView<std::uint32_t> GetFace(std::size_t face) const {
         return {brep_.faces[face].data(), brep_.faces[face].size()};
     }
-    bool HasHoles() const { return !brep_.holes.empty(); }
+    /// By ascending face, each face's in their order.
+    std::size_t GetHoleCount() const { return holes_.size(); }
+    HoleView<std::uint32_t> GetHole(std::size_t hole) const { return holes_[hole]; }
 
     /// Calls visit(face index, loop) for the outer loops in ascending face order.
     template <class Visit>
@@ -55,16 +68,15 @@ public:
         for (std::size_t face = 0; face < brep_.faces.size(); ++face) visit(std::uint64_t{face}, GetFace(face));
     }
 
-    /// Calls visit(face index, loop) for the inner loops: by ascending face, each face's in their order.
+    /// Calls visit(face index, loop) for the inner loops.
     template <class Visit>
     void ForEachHole(Visit&& visit) const {
-        for (auto const& [face, loops] : brep_.holes) {
-            for (auto const& loop : loops) visit(face, LoopView<std::uint32_t>{loop.data(), loop.size()});
-        }
+        for (auto const& hole : holes_) visit(hole.face, hole.loop);
     }
 
 private:
     GeometryObjectLib::FacetedBRep const& brep_;
+    std::vector<HoleView<std::uint32_t>> holes_;
 };
 
 /// A shape in a model buffer. Faces and holes whose table or loop is absent are passed over.
@@ -84,7 +96,14 @@ public:
         return table == nullptr || table->outerLoop() == nullptr ? LoopView<std::uint16_t>()
                                                                  : View(*table->outerLoop());
     }
-    bool HasHoles() const { return CountOf(brep_.holes) != 0; }
+    /// In the order of the hole vector.
+    std::size_t GetHoleCount() const { return CountOf(brep_.holes); }
+    /// An empty loop where the hole or its loop is absent.
+    HoleView<std::uint16_t> GetHole(std::size_t hole) const {
+        auto const* const table = brep_.holes->Get(static_cast<std::uint32_t>(hole));
+        if (table == nullptr || table->innerLoop() == nullptr) return {};
+        return {table->face(), View(*table->innerLoop())};
+    }
 
     /// Calls visit(face index, loop) for the outer loops in ascending face order.
     template <class Visit>
@@ -95,13 +114,12 @@ public:
         }
     }
 
-    /// Calls visit(face index, loop) for the inner loops in the order of the hole vector.
+    /// Calls visit(face index, loop) for the inner loops.
     template <class Visit>
     void ForEachHole(Visit&& visit) const {
-        for (std::uint32_t hole = 0; hole < CountOf(brep_.holes); ++hole) {
-            auto const* const table = brep_.holes->Get(hole);
-            if (table == nullptr || table->innerLoop() == nullptr) continue;
-            visit(std::uint64_t{table->face()}, View(*table->innerLoop()));
+        for (std::size_t i = 0; i < GetHoleCount(); ++i) {
+            auto const hole = GetHole(i);
+            if (hole.loop.indices != nullptr) visit(hole.face, hole.loop);
         }
     }
 

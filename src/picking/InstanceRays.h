@@ -1,5 +1,6 @@
 #pragma once
 
+#include "geometry/Avx2.h"
 #include "model/InstanceLanes.h"
 #include "picking/ModelRay.h"
 
@@ -9,6 +10,13 @@ namespace Quorlan::Tools::Picking {
 
 using GeometryObjectLib::Ray3f;
 
+#if QUORLAN_HAS_AVX2
+/// The pick ray in the coordinates of four instances' definitions: x, y, z of its origin and of its direction.
+/// REQUIRES: HasAvx2().
+void CarryRayAvx2(InstanceLanes const& instances, ModelRay const& ray, float (&origin)[3][kLaneCount],
+                  float (&direction)[3][kLaneCount]);
+#endif
+
 /// The pick ray in the coordinates of four instances' definitions, with the bits that `InstancePick` gives one by one.
 class InstanceRays {
 public:
@@ -16,8 +24,8 @@ public:
 
     /// Of the instances `ids[first]` to `ids[first + 3]`; the last of `count` again where there are less.
     InstanceRays(InstanceArrays const& arrays, std::uint32_t const* ids, std::size_t first, std::size_t count,
-                 ModelRay const& ray)
-        : InstanceRays(InstanceLanes(arrays, ids, first, count), ray) {}
+                 ModelRay const& ray, bool usesAvx2 = HasAvx2())
+        : InstanceRays(InstanceLanes(arrays, ids, first, count), ray, usesAvx2) {}
 
     Ray3f Get(std::size_t lane) const {
         return {{origin_[0][lane], origin_[1][lane], origin_[2][lane]},
@@ -27,9 +35,8 @@ public:
     /// The least t at which a ray of unit length can be as deep as the nearest point of the definition's bounds.
     float GetLeastParameter(std::size_t lane) const { return leastParameter_[lane]; }
 
-    /// Fetches what an instance of a list needs, into the cache. The instance itself should be there.
-    static void Prefetch(InstanceArrays const& arrays, std::uint32_t id) {
-        auto const& instance = arrays.GetInstance(id);
+    /// Fetches what an instance leads to into the cache. The instance itself should be there.
+    static void Prefetch(InstanceArrays const& arrays, Schema::Instance const& instance) {
         PrefetchRecord(arrays.GetPlacement(instance), sizeof(Schema::Placement));
         PrefetchRecord(arrays.GetEntity(instance), sizeof(Schema::EntityRecord));
         QUORLAN_PREFETCH(arrays.GetDefinition(instance));
@@ -38,7 +45,20 @@ public:
 private:
     using Vectors = VectorLanes<Double4>;
 
-    InstanceRays(InstanceLanes const& instances, ModelRay const& ray) {
+    InstanceRays(InstanceLanes const& instances, ModelRay const& ray, [[maybe_unused]] bool usesAvx2) {
+#if QUORLAN_HAS_AVX2
+        if (usesAvx2) {
+            CarryRayAvx2(instances, ray, origin_, direction_);
+        } else {
+            CarryRay(instances, ray);
+        }
+#else
+        CarryRay(instances, ray);
+#endif
+        Store(ComputeLeastParameter(instances, LoadAll(origin_), LoadAll(direction_)), leastParameter_);
+    }
+
+    void CarryRay(InstanceLanes const& instances, ModelRay const& ray) {
         DoubleFrameLanes const frame =
             ToWideFrame(instances.GetEntityPlacements()) * ToWideFrame(instances.GetPlacements());
         Vectors const yz = Cross(frame.y, frame.z);
@@ -49,11 +69,8 @@ private:
         auto const toLocal = [&](Vectors const& v) {
             return VectorLanes<Float4>{Narrow(Dot(inverseX, v)), Narrow(Dot(inverseY, v)), Narrow(Dot(inverseZ, v))};
         };
-        auto const origin = toLocal(Broadcast(ray.origin) - frame.origin);
-        auto const direction = toLocal(Broadcast(ray.direction));
-        StoreAll(origin, origin_);
-        StoreAll(direction, direction_);
-        Store(ComputeLeastParameter(instances, origin, direction), leastParameter_);
+        StoreAll(toLocal(Broadcast(ray.origin) - frame.origin), origin_);
+        StoreAll(toLocal(Broadcast(ray.direction)), direction_);
     }
 
     /// As `ToWideFrame` for one placement. A root of 1 and its reciprocal are 1, and a product with 1 changes nothing.
@@ -87,6 +104,10 @@ private:
         Store(v.x, out[0]);
         Store(v.y, out[1]);
         Store(v.z, out[2]);
+    }
+
+    static VectorLanes<Float4> LoadAll(float const (&in)[3][kLaneCount]) {
+        return {GeometryObjectLib::Load(in[0]), GeometryObjectLib::Load(in[1]), GeometryObjectLib::Load(in[2])};
     }
 
     static void PrefetchRecord(std::uint8_t const* record, std::size_t size) {

@@ -134,7 +134,7 @@ std::vector<EdgeCandidate> FindEdgeCandidates(ModelView const& model, std::vecto
     for (std::size_t first = 0; first < ids.size(); first += kLaneCount) {
         std::size_t const end = std::min<std::size_t>(first + kLaneCount, ids.size());
         for (std::size_t i = end; i < std::min<std::size_t>(end + kLaneCount, ids.size()); ++i) {
-            InstanceRays::Prefetch(arrays, ids[i]);
+            InstanceRays::Prefetch(arrays, arrays.GetInstance(ids[i]));
         }
         InstanceRays const rays(arrays, ids.data(), first, ids.size(), ray);
         for (std::size_t i = first; i < end; ++i) {

@@ -1,6 +1,7 @@
 #include "geometry/Lanes.h"
 #include "geometry/MatrixInverse.h"
 #include "model/ModelView.h"
+#include "picking/InstanceRays.h"
 #include "picking/LayerNames.h"
 #include "picking/ModelRay.h"
 #include "picking/SurfacePick.h"
@@ -36,14 +37,17 @@ Schema::Geometry const* FindInstances(std::vector<char> const& buffer) {
     return geometry == nullptr || geometry->instances() == nullptr ? nullptr : geometry;
 }
 
-/// Drops the candidates on disabled layers and those whose entity the filter rejects.
+/// Drops the candidates on disabled layers and those whose entity the filter rejects. Calls visit(instance) for each,
+/// before the filter sees it.
+template <class Visit>
 void FilterCandidates(std::vector<unsigned>& candidates, Schema::Geometry const& geometry,
-                      std::vector<std::wstring> const& disabledNames, ModelPicker::EntityFilter const& filter) {
+                      std::vector<std::wstring> const& disabledNames, ModelPicker::EntityFilter const& filter,
+                      Visit const& visit) {
     auto const& instances = *geometry.instances();
-    for (unsigned const id : candidates) QUORLAN_PREFETCH(instances.Get(id));  // they lie far apart
     DisabledLayers const disabled(geometry, disabledNames);
     auto const isDropped = [&](unsigned id) {
         Schema::Instance const& instance = *instances.Get(id);
+        visit(instance);
         return disabled.Contains(instance.layerIndex()) || filter(EntityIndex_t{instance.entityIndex()});
     };
     candidates.erase(std::remove_if(candidates.begin(), candidates.end(), isDropped), candidates.end());
@@ -99,10 +103,12 @@ bool ModelPicker::PickSurfaces(std::vector<char> const& buffer, AffineTransform 
     if (geometry == nullptr) return false;
 
     auto const ray = CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform);
-    auto candidates = FindItemsAlongRay(tree, ray);
+    auto candidates = FindItemsAlongRay(tree, ray, {geometry->instances()->Data(), sizeof(Schema::Instance)});
     if (candidates.empty()) return false;
-    FilterCandidates(candidates, *geometry, disabledLayers_, filter);
     auto const model = ModelView::OpenTrusted(buffer);
+    FilterCandidates(candidates, *geometry, disabledLayers_, filter, [&](Schema::Instance const& instance) {
+        if (model) InstanceRays::Prefetch(InstanceArrays(*model), instance);
+    });
     if (!model) return false;
 
     auto const pick = FindNearestSurface(*model, transform, ray, dynamicClippingPlanes_, candidates);
@@ -130,7 +136,8 @@ bool ModelPicker::PickInBox(std::vector<GeometryType> const& types, std::vector<
         candidates = FindNearestItemsInPlanes(tree, planes, ray, kMostNarrowCandidates);
     }
     if (candidates.empty()) return false;
-    FilterCandidates(candidates, *geometry, disabledLayers_, filter);
+    for (unsigned const id : candidates) QUORLAN_PREFETCH(geometry->instances()->Get(id));  // they lie far apart
+    FilterCandidates(candidates, *geometry, disabledLayers_, filter, [](Schema::Instance const&) {});
     if (candidates.empty()) return false;
 
     ModelInstancesPicker picker = MakeInstancesPicker();

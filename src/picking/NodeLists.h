@@ -34,60 +34,29 @@ private:
     std::uint32_t first_[kFirstCapacity];
 };
 
-/// Four nodes, or places in the upper part of a tree, and which of them are met: one bit each.
-struct FourAnswers {
-    std::uint32_t nodes[4];
-    unsigned inner;
-    unsigned leaves;
-};
-
 /// The nodes of a tree that a walk from level to level has met. What is met is written in any case and then counted or
 /// not, so that no branch depends on an answer.
 class MetNodes {
 public:
-    static constexpr std::size_t kBatch = 8;
-
     /// The leaves are kept in `list`, which outlives this.
     explicit MetNodes(IndexList& list) : leafList_(list), inner_(innerList_.GetData()), leaves_(list.GetData()) {}
 
     std::uint32_t GetInner(std::size_t i) const { return inner_[i]; }
     std::size_t GetInnerCount() const { return innerCount_; }
-    std::uint32_t GetLeaf(std::size_t i) const { return leaves_[i]; }
     std::size_t GetLeafCount() const { return leafCount_; }
 
     void SortLeaves() { std::sort(leaves_, leaves_ + leafCount_); }
 
     void Add(std::size_t node, std::int32_t escapeOrItem, bool isMet) {
-        Write(static_cast<std::uint32_t>(node), static_cast<unsigned>(isMet & (escapeOrItem < 0)),
-              static_cast<unsigned>(isMet & (escapeOrItem >= 0)));
-        MakeRoom();
-    }
-
-    /// Adds what answer(getNode(0)) to answer(getNode(count - 1)) tell. REQUIRES: count <= kBatch.
-    ///
-    /// All nodes are asked before anything is written: where a write goes depends on the answers before it, and a read
-    /// behind it would wait for them. The nodes of a batch do not wait for one another.
-    template <class GetNode, class Answer>
-    void AddAnswers(std::size_t count, GetNode const& getNode, Answer const& answer) {
-        FourAnswers answers[kBatch];
-        for (std::size_t i = 0; i < count; ++i) answers[i] = answer(getNode(i));
-        for (std::size_t i = 0; i < count; ++i) {
-            for (unsigned k = 0; k < 4; ++k) {
-                Write(answers[i].nodes[k], answers[i].inner >> k & 1, answers[i].leaves >> k & 1);
-            }
-        }
+        inner_[innerCount_] = leaves_[leafCount_] = static_cast<std::uint32_t>(node);
+        innerCount_ += static_cast<std::size_t>(isMet & (escapeOrItem < 0));
+        leafCount_ += static_cast<std::size_t>(isMet & (escapeOrItem >= 0));
         MakeRoom();
     }
 
 private:
-    void Write(std::uint32_t node, unsigned isInner, unsigned isLeaf) {
-        inner_[innerCount_] = leaves_[leafCount_] = node;
-        innerCount_ += isInner;
-        leafCount_ += isLeaf;
-    }
-
     void MakeRoom() {
-        if (std::max(innerCount_, leafCount_) + 4 * kBatch <= leafList_.GetCapacity()) return;
+        if (std::max(innerCount_, leafCount_) < leafList_.GetCapacity()) return;
         innerList_.Grow();
         leafList_.Grow();
         inner_ = innerList_.GetData();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "geometry/Avx2.h"
 #include "picking/NodeLanes.h"
 
 #include <algorithm>
@@ -9,13 +10,13 @@
 
 namespace Quorlan::Tools::Picking {
 
-/// A half line against the boxes of tree nodes, four at a time, by the intervals in which it runs between the planes of
-/// their sides (Kay, Kajiya, "Ray Tracing Complex Scenes", 1986). No box that the separating-axis test in single
+/// A half line against the boxes of tree nodes, eight at a time, by the intervals in which it runs between the planes
+/// of their sides (Kay, Kajiya, "Ray Tracing Complex Scenes", 1986). No box that the separating-axis test in single
 /// precision meets is missed, however either rounds; a few that it misses are met.
 ///
 /// With u = 2^-24 and, per axis, size = |origin| + the extent of the grid: the separating-axis test takes a box for at
 /// most 6 u size larger than it is. A component of the direction that is raised to 8 u size over the greatest parameter
-/// of any box moves the line by no more than 8 u size. The intervals round by 4 u size. `kSlack` is 34 u.
+/// of any box moves the line by no more than 8 u size. The intervals round by 6 u size. `kSlack` is 34 u.
 class RaySlabs {
 public:
     static constexpr double kSlack = 2e-6;  ///< [-] of an axis' size: how much larger boxes are taken for
@@ -23,7 +24,8 @@ public:
 
     /// `origin` and `direction` are relative to the tree's origin, in the bits of the separating-axis test.
     RaySlabs(std::array<float, 3> const& origin, std::array<float, 3> const& direction,
-             std::array<float, 3> const& halfCell) {
+             std::array<float, 3> const& halfCell, bool usesAvx2 = HasAvx2())
+        : usesAvx2_(usesAvx2) {
         std::array<double, 3> sizes;
         for (std::size_t k = 0; k < 3; ++k) sizes[k] = std::abs(double{origin[k]}) + kGridEnd * 2 * halfCell[k];
         double const greatest = std::max({sizes[0], sizes[1], sizes[2]});
@@ -48,12 +50,11 @@ public:
             double const perUnit = (isDescending ? -1 : 1) / slope;
             double const slack = kSlack * sizes[k] / slope;
             slack_[k] = static_cast<float>(kSlack * sizes[k]);
-            perCell_[k] = Float4(static_cast<float>(2 * halfCell[k] * perUnit));
-            nearOffset_[k] = Float4(static_cast<float>(origin[k] * perUnit + slack));
-            farOffset_[k] = Float4(static_cast<float>(origin[k] * perUnit - slack));
+            perCell_[k] = static_cast<float>(2 * halfCell[k] * perUnit);
+            nearOffset_[k] = static_cast<float>(origin[k] * perUnit + slack);
+            farOffset_[k] = static_cast<float>(origin[k] * perUnit - slack);
+            nearStep_[k] = isDescending ? 1.0f : 0.0f;
             nearRow_[k] = 2 * k + (isDescending ? 1 : 0);
-            nearBound_[k] = GetBoundOf(isDescending);
-            farBound_[k] = GetBoundOf(!isDescending);
         }
     }
 
@@ -63,35 +64,55 @@ public:
     /// How much the boxes are larger, per axis.
     std::array<float, 3> const& GetSlack() const { return slack_; }
 
-    /// One bit per box.
-    int FindMet(NodeQuad const& nodes) const {
-        Intervals intervals;
-        intervals.Clip(*this, 0, ToFloats(nodes.x, nearBound_[0]), ToFloats(nodes.x, farBound_[0]));
-        intervals.Clip(*this, 1, ToFloats(nodes.y, nearBound_[1]), ToFloats(nodes.y, farBound_[1]));
-        intervals.Clip(*this, 2, ToFloats(nodes.z, nearBound_[2]), ToFloats(nodes.z, farBound_[2]));
-        return intervals.FindMet();
-    }
-
-    int FindMet(QuantizedAxisAlignedBoxTreeQuad_s const& quad) const {
-        Intervals intervals;
-        for (std::size_t k = 0; k < 3; ++k) {
-            intervals.Clip(*this, k, ToFloats(quad.bounds[nearRow_[k]]), ToFloats(quad.bounds[nearRow_[k] ^ 1]));
-        }
-        return intervals.FindMet();
+    /// The children that are met of each of `count` wide nodes, one bit per child.
+    void FindMet(QuantizedAxisAlignedBoxTreeWideNode_s const* wideNodes, std::uint32_t const* indices,
+                 std::size_t count, unsigned* met) const {
+#if QUORLAN_HAS_AVX2
+        if (usesAvx2_) return FindMetAvx2(wideNodes, indices, count, met);
+#endif
+        for (std::size_t i = 0; i < count; ++i) met[i] = FindMetOf(wideNodes[indices[i]]);
     }
 
 private:
+#if QUORLAN_HAS_AVX2
+    void FindMetAvx2(QuantizedAxisAlignedBoxTreeWideNode_s const* wideNodes, std::uint32_t const* indices,
+                     std::size_t count, unsigned* met) const;
+#endif
+
+    unsigned FindMetOf(QuantizedAxisAlignedBoxTreeWideNode_s const& wide) const {
+        Intervals first;
+        Intervals second;
+        for (std::size_t k = 0; k < 3; ++k) {
+            // The upper bound of a box is the end of its last step.
+            float const perStep = perCell_[k] * static_cast<float>(1 << (wide.form >> 4 * k & 15));
+            float const base = static_cast<float>(wide.base[k]) * perCell_[k];
+            float const nearBase = base - nearOffset_[k] + nearStep_[k] * perStep;
+            float const farBase = base - farOffset_[k] + (1 - nearStep_[k]) * perStep;
+            Float4 nearFirst(0.0f), nearSecond(0.0f), farFirst(0.0f), farSecond(0.0f);
+            LoadSteps(wide.bounds[nearRow_[k]], nearFirst, nearSecond);
+            LoadSteps(wide.bounds[nearRow_[k] ^ 1], farFirst, farSecond);
+            first.Clip(nearFirst * Float4(perStep) + Float4(nearBase), farFirst * Float4(perStep) + Float4(farBase));
+            second.Clip(nearSecond * Float4(perStep) + Float4(nearBase), farSecond * Float4(perStep) + Float4(farBase));
+        }
+        return static_cast<unsigned>(first.FindMet() | second.FindMet() << 4) & GetChildMask(wide);
+    }
+
     /// The parameters between which the line runs in each of four boxes.
     struct Intervals {
         Float4 entry{0.0f};
         Float4 exit{std::numeric_limits<float>::infinity()};
 
-        void Clip(RaySlabs const& slabs, std::size_t axis, Float4 nearBounds, Float4 farBounds) {
-            entry = Max(entry, nearBounds * slabs.perCell_[axis] - slabs.nearOffset_[axis]);
-            exit = Min(exit, farBounds * slabs.perCell_[axis] - slabs.farOffset_[axis]);
+        void Clip(Float4 nearSide, Float4 farSide) {
+            entry = Max(entry, nearSide);
+            exit = Min(exit, farSide);
         }
         int FindMet() const { return GetBits(entry <= exit); }
     };
+
+    /// A bit for each child that there is.
+    static unsigned GetChildMask(QuantizedAxisAlignedBoxTreeWideNode_s const& wide) {
+        return (2u << (wide.form >> 12 & 7)) - 1;
+    }
 
     static constexpr double kGridEnd = 65535;
     static constexpr double kLeastSlope = 1e-20;
@@ -102,13 +123,14 @@ private:
     static constexpr double kLeastPart = 1e-6;  ///< [-] of the greatest size: no axis counts for less
 
     bool isUsable_ = true;
+    bool usesAvx2_;
     std::array<float, 3> slack_{};
-    std::array<Float4, 3> perCell_;
-    std::array<Float4, 3> nearOffset_;
-    std::array<Float4, 3> farOffset_;
-    std::array<std::size_t, 3> nearRow_;  // of a quad's bounds
-    GridBound nearBound_[3];
-    GridBound farBound_[3];
+    // Per axis; the fourth of each is 0.
+    float perCell_[4] = {};
+    float nearOffset_[4] = {};
+    float farOffset_[4] = {};
+    float nearStep_[4] = {};              // 1 where the near bound is the upper one
+    std::array<std::size_t, 3> nearRow_;  // of a wide node's bounds
 };
 
 }  // namespace Quorlan::Tools::Picking

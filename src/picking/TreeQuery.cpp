@@ -14,6 +14,8 @@
 namespace Quorlan::Tools::Picking {
 namespace {
 
+using GeometryObjectLib::GetSubtreeSize;
+
 constexpr int kXyz = 7;   // the lanes of a vector
 constexpr int kAll = 15;  // all four lanes
 
@@ -190,15 +192,16 @@ double SquaredDistance(ModelRay const& ray, Vertex const& point) {
 }  // namespace
 
 /// A leaf counts if the exact test meets it and all its ancestors. Where boxes contain those of their subtrees, as in
-/// every tree with quads, all ancestors are met of a leaf that is met even when smaller by what the test can err, so
-/// that few are asked.
-std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray) {
+/// every tree with wide nodes, all ancestors are met of a leaf that is met even when smaller by what the test can err,
+/// so that few are asked.
+std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray,
+                                        ItemRecords const& records) {
     auto const& nodes = tree.getNodes();
     Float4 const halfCell = GetHalfCell(tree);
     Float4 const origin = Narrow(ray.origin - tree.getOrigin());
     Float4 const direction = Narrow(ray.direction);
     RayTest const isMet(origin, direction);
-    if (tree.getUpperQuads().empty()) return MetLeaves(tree, isMet).GetItems();
+    if (tree.getWideNodes().empty()) return MetLeaves(tree, isMet).GetItems();
     RaySlabs const slabs(ToArray(origin), ToArray(direction), ToArray(halfCell));
     if (!slabs.IsUsable()) return MetLeaves(tree, isMet).GetItems();
     NearLeaves const leaves(tree, slabs);
@@ -212,7 +215,9 @@ std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree,
         Float4 const inside = box.halfExtent - slackLanes;
         bool const isSurelyMet = (GetBits(inside >= Float4(0.0f)) & kXyz) == kXyz && isMet(box.center, inside);
         if (isSurelyMet || IsMetFromRootOn(nodes, leaf, isMet, halfCell)) {
-            items.push_back(static_cast<unsigned>(nodes[leaf].escapeOrItem));
+            auto const item = static_cast<unsigned>(nodes[leaf].escapeOrItem);
+            items.push_back(item);
+            if (records.first != nullptr) QUORLAN_PREFETCH(records.first + item * records.size);
         }
     }
     return items;

@@ -5,6 +5,7 @@
 #include <GeometryObjectLib/QuantizedAxisAlignedBoxTree.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <vector>
 
 /// Queries of the tree over a model's instances. All of them list the items of leaves in the tree's depth-first order
@@ -13,8 +14,15 @@ namespace Quorlan::Tools::Picking {
 
 using GeometryObjectLib::QuantizedAxisAlignedBoxTree;
 
+/// Where the records of items lie, one behind the other, for queries to fetch those that they find into the cache.
+struct ItemRecords {
+    std::uint8_t const* first = nullptr;
+    std::size_t size = 0;  ///< [bytes] of one
+};
+
 /// The items whose boxes the ray meets. The ray is a half line.
-std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray);
+std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray,
+                                        ItemRecords const& records = {});
 
 /// The items whose boxes are not wholly outside one of the four planes. The planes are relative to the tree's origin.
 std::vector<unsigned> FindItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes);

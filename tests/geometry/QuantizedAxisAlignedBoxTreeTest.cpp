@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <limits>
 #include <random>
 #include <utility>
@@ -14,7 +15,7 @@ using namespace GeometryObjectLib;
 using Quorlan::Testing::MakeTree;
 using Tree = QuantizedAxisAlignedBoxTree;
 using Node = QuantizedAxisAlignedBoxTreeNode_s;
-using Quad = QuantizedAxisAlignedBoxTreeQuad_s;
+using WideNode = QuantizedAxisAlignedBoxTreeWideNode_s;
 
 Tree MakeRandomTree(std::size_t boxCount) {
     std::mt19937 engine(7);
@@ -24,19 +25,72 @@ Tree MakeRandomTree(std::size_t boxCount) {
     return MakeTree(boxes);
 }
 
-std::size_t GetSize(Node const& node) {
-    return node.escapeOrItem < 0 ? static_cast<std::size_t>(-std::int64_t{node.escapeOrItem}) : 1;
+/// The box of a wide node's child, in grid cells.
+Node GetBoxOfChild(WideNode const& wide, std::size_t child) {
+    auto const get = [&](std::size_t row) {
+        unsigned const step = 1u << (wide.form >> 4 * (row / 2) & 15);
+        unsigned const cells = wide.bounds[row][child] * step + (row % 2 == 1 ? step - 1 : 0) + wide.base[row / 2];
+        return static_cast<std::uint16_t>(std::min(cells, 65535u));
+    };
+    return {get(0), get(1), get(2), get(3), get(4), get(5), 0};
 }
 
-std::vector<std::size_t> GetGrandchildren(std::vector<Node> const& nodes, std::size_t node) {
-    std::vector<std::size_t> all;
-    std::size_t const left = node + 1;
-    std::size_t const right = left + GetSize(nodes[left]);
-    for (std::size_t const child : {left, right}) {
-        all.push_back(child + 1);
-        all.push_back(child + 1 + GetSize(nodes[child + 1]));
+bool Contains(Node const& outer, Node const& inner) {
+    return outer.minX <= inner.minX && inner.maxX <= outer.maxX && outer.minY <= inner.minY &&
+           inner.maxY <= outer.maxY && outer.minZ <= inner.minZ && inner.maxZ <= outer.maxZ;
+}
+
+/// The leaves below a wide node, child by child. Every box on the way must contain those below it.
+std::vector<std::size_t> GetLeavesBelow(Tree const& tree, std::size_t index) {
+    WideNode const& wide = tree.getWideNodes().at(index);
+    std::vector<std::size_t> leaves;
+    for (std::size_t i = 0; i <= (wide.form >> 12 & 7u); ++i) {
+        std::vector<std::size_t> below;
+        if ((wide.form >> 15) != 0) {
+            below.push_back(wide.first + (wide.leafOffsets >> 4 * i & 15));
+        } else {
+            EXPECT_GT(wide.first + i, index);
+            below = GetLeavesBelow(tree, wide.first + i);
+        }
+        for (std::size_t const leaf : below) {
+            EXPECT_GE(tree.getNodes().at(leaf).escapeOrItem, 0);
+            EXPECT_TRUE(Contains(GetBoxOfChild(wide, i), tree.getNodes()[leaf])) << leaf;
+        }
+        leaves.insert(leaves.end(), below.begin(), below.end());
     }
-    return all;
+    return leaves;
+}
+
+std::vector<std::size_t> GetLeaves(Tree const& tree) {
+    std::vector<std::size_t> leaves;
+    for (std::size_t i = 0; i < tree.getNodes().size(); ++i) {
+        if (tree.getNodes()[i].escapeOrItem >= 0) leaves.push_back(i);
+    }
+    return leaves;
+}
+
+/// A tree in which every inner node has one leaf and all the rest for its children, the leaf first or last by turns.
+std::vector<Node> MakeChain(std::uint16_t leaves) {
+    std::vector<Node> nodes;
+    auto const add = [&](std::uint16_t lower, std::uint16_t upper, std::int32_t word) {
+        nodes.push_back(
+            {static_cast<std::uint16_t>(10 * lower), static_cast<std::uint16_t>(10 * upper + 5), 0, 9, 3, 4, word});
+    };
+    std::vector<std::int32_t> after;  // items of the leaves that come behind the rest
+    for (std::uint16_t i = 0; i + 1 < leaves; ++i) {
+        add(0, leaves, -2 * (leaves - i) + 1);
+        if (i % 2 == 0)
+            add(i, i, i);
+        else
+            after.push_back(i);
+    }
+    add(static_cast<std::uint16_t>(leaves - 1), static_cast<std::uint16_t>(leaves - 1), leaves - 1);
+    while (!after.empty()) {
+        auto const item = static_cast<std::uint16_t>(after.back());
+        add(item, item, item);
+        after.pop_back();
+    }
+    return nodes;
 }
 
 TEST(QuantizedAxisAlignedBoxTree, HoldsWhatItIsGiven) {
@@ -46,56 +100,64 @@ TEST(QuantizedAxisAlignedBoxTree, HoldsWhatItIsGiven) {
     ASSERT_EQ(tree.getNodes().size(), 1u);
     EXPECT_EQ(tree.getNodes()[0].maxZ, 5);
     EXPECT_EQ(tree.getNodes()[0].escapeOrItem, 6);
-    EXPECT_TRUE(tree.getUpperQuads().empty());
+    EXPECT_TRUE(tree.getWideNodes().empty());
 }
 
-TEST(QuantizedAxisAlignedBoxTree, EmptyTreeHasNoQuads) {
-    EXPECT_TRUE(Tree().getUpperQuads().empty());
-    EXPECT_TRUE(Tree({}, {}, {}).getUpperQuads().empty());
+TEST(QuantizedAxisAlignedBoxTree, EmptyTreeHasNoWideNodes) {
+    EXPECT_TRUE(Tree().getWideNodes().empty());
+    EXPECT_TRUE(Tree({}, {}, {}).getWideNodes().empty());
 }
 
-TEST(QuantizedAxisAlignedBoxTree, SmallTreeHasNoQuads) { EXPECT_TRUE(MakeRandomTree(30).getUpperQuads().empty()); }
+TEST(QuantizedAxisAlignedBoxTree, SmallTreeHasNoWideNodes) {
+    EXPECT_TRUE(MakeRandomTree(32).getWideNodes().empty());
+    EXPECT_FALSE(MakeRandomTree(33).getWideNodes().empty());
+}
 
-TEST(QuantizedAxisAlignedBoxTree, QuadsAreTheGrandchildrenOfTheirNodes) {
-    Tree const tree = MakeRandomTree(20000);
-    auto const& nodes = tree.getNodes();
-    auto const& quads = tree.getUpperQuads();
-    ASSERT_GT(quads.size(), 50u);
-    std::vector<std::size_t> nodeOfQuad(quads.size(), nodes.size());
-    nodeOfQuad[0] = 0;
-    for (std::size_t i = 0; i < quads.size(); ++i) {
-        ASSERT_LT(nodeOfQuad[i], nodes.size());
-        auto const expected = GetGrandchildren(nodes, nodeOfQuad[i]);
-        for (std::size_t k = 0; k < 4; ++k) {
-            Node const& node = nodes[expected[k]];
-            std::uint16_t const bounds[] = {node.minX, node.maxX, node.minY, node.maxY, node.minZ, node.maxZ};
-            for (std::size_t row = 0; row < 6; ++row) ASSERT_EQ(quads[i].bounds[row][k], bounds[row]);
-            ASSERT_LT(node.escapeOrItem, 0);
-            std::int32_t const child = quads[i].child[k];
-            if (child < 0) {
-                ASSERT_GT(~child, static_cast<std::int32_t>(i));
-                nodeOfQuad[static_cast<std::size_t>(~child)] = expected[k];
-            } else {
-                ASSERT_EQ(static_cast<std::size_t>(child), expected[k]);
-            }
+TEST(QuantizedAxisAlignedBoxTree, WideNodesHoldEveryLeafOnceInBoxesThatContainIt) {
+    for (std::size_t const leaves : {33u, 63u, 64u, 65u, 500u, 513u, 4097u, 20000u}) {
+        Tree const tree = MakeRandomTree(leaves);
+        EXPECT_EQ(GetLeavesBelow(tree, 0), GetLeaves(tree)) << leaves;
+    }
+}
+
+TEST(QuantizedAxisAlignedBoxTree, WideNodesOfAChainHoldEveryLeafOnce) {
+    for (unsigned const count : {40u, 41u, 300u, 2000u}) {
+        auto const leaves = static_cast<std::uint16_t>(count);
+        Tree const tree({}, {1, 1, 1}, MakeChain(leaves));
+        ASSERT_FALSE(tree.getWideNodes().empty());
+        EXPECT_EQ(GetLeavesBelow(tree, 0), GetLeaves(tree)) << leaves;
+        EXPECT_LE(tree.getWideNodes().size(), 2u * leaves);
+    }
+}
+
+TEST(QuantizedAxisAlignedBoxTree, StepsOfAWideNodeAreAsSmallAsEightBitsAllow) {
+    Tree const tree = MakeRandomTree(3000);
+    for (WideNode const& wide : tree.getWideNodes()) {
+        for (std::size_t axis = 0; axis < 3; ++axis) {
+            unsigned const shift = wide.form >> 4 * axis & 15;
+            unsigned const largest = *std::max_element(wide.bounds[2 * axis + 1], wide.bounds[2 * axis + 1] + 8);
+            EXPECT_LE(shift, 8u);
+            EXPECT_GE(shift == 0 ? 255u : largest, 128u);
         }
     }
 }
 
-TEST(QuantizedAxisAlignedBoxTree, QuadsTakeAtMostOneBytePerLeaf) {
-    for (std::size_t const leaves : {100u, 300u, 1000u, 1500u, 5000u, 20000u}) {
-        EXPECT_LE(MakeRandomTree(leaves).getUpperQuads().size() * sizeof(Quad), leaves) << leaves;
+TEST(QuantizedAxisAlignedBoxTree, WideNodesTakeAtMostTwentyBytesPerLeafWhereSubtreesAreAlike) {
+    std::mt19937 engine(3);
+    for (int i = 0; i < 60; ++i) {
+        std::size_t const leaves = 33 + engine() % (i % 10 == 0 ? 40000 : 1500);
+        EXPECT_LE(MakeRandomTree(leaves).getWideNodes().size() * sizeof(WideNode), 20 * leaves) << leaves;
     }
 }
 
 TEST(QuantizedAxisAlignedBoxTree, CopiesAreIndependent) {
     Tree first = MakeRandomTree(5000);
     Tree const second = first;
-    std::size_t const quads = first.getUpperQuads().size();
+    std::size_t const wideNodes = first.getWideNodes().size();
     first = Tree();
-    EXPECT_EQ(second.getUpperQuads().size(), quads);
+    EXPECT_EQ(second.getWideNodes().size(), wideNodes);
     EXPECT_EQ(second.getNodes().size(), 9999u);
-    EXPECT_TRUE(first.getUpperQuads().empty());
+    EXPECT_TRUE(first.getWideNodes().empty());
 }
 
 TEST(QuantizedAxisAlignedBoxTree, NodesThatMakeNoTreeAreKeptAndNotFollowed) {

@@ -3,6 +3,7 @@
 #include "picking/InstanceRays.h"
 #include "picking/PickScene.h"
 #include "picking/PlainPick.h"
+#include "picking/SurfacePick.h"
 #include "support/RandomModel.h"
 #include "support/SameBits.h"
 
@@ -17,6 +18,7 @@
 namespace {
 
 using namespace Quorlan::Testing;
+using Quorlan::HasAvx2;
 using Quorlan::kInvalidIndex;
 using Quorlan::ModelView;
 
@@ -110,8 +112,9 @@ TEST(PlainPick, RaysInLanesHaveTheBitsOfOneByOne) {
         std::iota(ids.rbegin(), ids.rend(), 0);
         Quorlan::InstanceArrays const arrays(model);
         for (std::size_t first = 0; first < ids.size(); first += 4) {
-            InstanceRays const rays(arrays, ids.data(), first, ids.size(), ray);
-            for (std::size_t lane = 0; lane < 4; ++lane) {
+            for (std::size_t i = 0; i < 8; ++i) {
+                std::size_t const lane = i % 4;
+                InstanceRays const rays(arrays, ids.data(), first, ids.size(), ray, i < 4 && HasAvx2());
                 auto const id = ids[std::min(first + lane, ids.size() - 1)];
                 Ray3f const plain = pick.GetRayOf(*model.geometry->instances()->Get(id));
                 EXPECT_TRUE(SameBits(rays.Get(lane).origin, plain.origin));
@@ -162,6 +165,7 @@ private:
         auto const surface = PlainPickSurfaces(model, ray, carried, all_);
         Expect(picker, picker.PickSurfaces(buffer_, transform, all_), surface, transform);
         surfaceHits += surface.instance != kInvalidIndex ? 1 : 0;
+        ExpectSameWithoutAvx2(picker, FindNearestSurface(model, transform, ray, planes, all_, false));
 
         double const tolerance = 8;
         auto const focal = static_cast<float>((480 * 0.5) / std::tan(1.0 / 2));
@@ -171,6 +175,16 @@ private:
                                                    buffer_, transform, all_, tolerance);
         Expect(picker, isEdgePicked, edge, transform);
         edgeHits += edge.instance != kInvalidIndex ? 1 : 0;
+    }
+
+    static void ExpectSameWithoutAvx2(ModelInstancesPicker const& picker, std::optional<SurfacePick> const& pick) {
+        ASSERT_EQ(pick.has_value(), picker.GetGeometryInstanceId() != kInvalidIndex);
+        if (!pick) return;
+        EXPECT_EQ(pick->instance, picker.GetGeometryInstanceId());
+        EXPECT_EQ(pick->face, picker.GetGeometryInstancePrimitiveId());
+        EXPECT_TRUE(SameBits(pick->distance, picker.GetShortestDistance()));
+        EXPECT_TRUE(SameBits(pick->point, picker.GetPickedPoint()));
+        EXPECT_TRUE(SameBits(pick->normal, picker.GetPickedNormal()));
     }
 
     void Expect(ModelInstancesPicker const& picker, bool isPicked, PlainHit const& plain,

@@ -135,7 +135,7 @@ TEST(TreeQuery, RayThroughALargeTreeGivesTheBitsOfTheWalkInScalars) {
     RandomBoxes random;
     for (Vertex const& center : {Vertex{}, Vertex{3e6, -2e6, 5e5}}) {
         auto const tree = MakeTree(random.Boxes(5000, center));
-        ASSERT_GT(tree.getUpperQuads().size(), 20u);
+        ASSERT_GT(tree.getWideNodes().size(), 20u);
         std::size_t found = 0;
         for (int i = 0; i < 1500; ++i) {
             double const scale = i % 3 == 0 ? 1 : random.Between(0, 1) < 0.5 ? 1e-3 : 1e3;
@@ -241,14 +241,14 @@ TEST(TreeQuery, RayThroughATreeThatIsNotBinaryGivesTheBitsOfTheWalkInScalars) {
 TEST(TreeQuery, RayThroughATreeWhoseBoxesDoNotContainTheirSubtreesGivesTheBitsOfTheWalkInScalars) {
     RandomBoxes random;
     auto const tree = MakeTree(random.Boxes(2000, {}));
-    ASSERT_FALSE(tree.getUpperQuads().empty());
+    ASSERT_FALSE(tree.getWideNodes().empty());
     auto const isMissed = [&](auto const& change) {
         auto nodes = tree.getNodes();
         for (auto& node : nodes) {
             if (node.escapeOrItem < -3 && random.engine() % 8 == 0) change(node);
         }
         QuantizedAxisAlignedBoxTree const changed(tree.getOrigin(), tree.getBvhQuantization(), nodes);
-        EXPECT_TRUE(changed.getUpperQuads().empty());
+        EXPECT_TRUE(changed.getWideNodes().empty());
         std::size_t missed = 0;
         for (int i = 0; i < 300; ++i) {
             ModelRay const ray{random.Point(15), random.Point(10)};
