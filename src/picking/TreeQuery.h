@@ -1,5 +1,6 @@
 #pragma once
 
+#include "geometry/Avx2.h"
 #include "picking/ModelRay.h"
 
 #include <GeometryObjectLib/QuantizedAxisAlignedBoxTree.h>
@@ -20,9 +21,9 @@ struct ItemRecords {
     std::size_t size = 0;  ///< [bytes] of one
 };
 
-/// The items whose boxes the ray meets. The ray is a half line.
+/// The items whose boxes the ray meets. The ray is a half line. REQUIRES: with `usesAvx2`, HasAvx2().
 std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray,
-                                        ItemRecords const& records = {});
+                                        ItemRecords const& records = {}, bool usesAvx2 = HasAvx2());
 
 /// The items whose boxes are not wholly outside one of the four planes. The planes are relative to the tree's origin.
 std::vector<unsigned> FindItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes);

@@ -144,6 +144,7 @@ TEST(TreeQuery, RayThroughALargeTreeGivesTheBitsOfTheWalkInScalars) {
             ModelRay const aimed{ray.origin, toModel * scale};
             auto const items = FindItemsAlongRay(tree, aimed);
             ASSERT_EQ(items, FindInScalars(tree, aimed)) << i;
+            ASSERT_EQ(FindItemsAlongRay(tree, aimed, {}, false), items) << i;
             found += items.size();
         }
         EXPECT_GT(found, 10000u);
