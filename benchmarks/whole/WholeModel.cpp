@@ -10,13 +10,14 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
+#include <random>
 #include <stdexcept>
 #include <utility>
 
 namespace Quorlan::Benchmarks {
 namespace {
 
-constexpr int kViews = 64;
+constexpr int kViews = 512;
 
 std::vector<char> ReadModelFile(std::string const& path) {
     std::ifstream file(path, std::ios::binary);
@@ -35,14 +36,22 @@ std::vector<WholeModel::View> MakeViews(std::vector<GeometryObjectLib::AxisAlign
     }
     auto const center = 0.5 * (lower + upper);
     double const size = Length(upper - lower);
+    std::mt19937 random(1);
+    auto const between = [&](double from, double to) {
+        return std::uniform_real_distribution<double>(from, to)(random);
+    };
     std::vector<WholeModel::View> views;
     for (int i = 0; i < kViews; ++i) {
-        double const angle = 6.283185307179586 * i / kViews;
-        GeometryObjectLib::Vertex const outward{std::cos(angle), std::sin(angle), 0.4};
-        auto const direction = outward * (-1 / Length(outward));
-        views.push_back({Tools::Picking::ViewProjection::FromPerspective(center - direction * size, direction,
-                                                                         {0, 0, 1}, 1, 1280, 720),
-                         640.0 + 4 * (i * 7 % kViews - kViews / 2), 360.0 + 3 * (i * 11 % kViews - kViews / 2)});
+        // From outside a little above the middle; from inside at the height of the eye before some instance.
+        double const angle = between(0, 6.283185307179586);
+        bool const isInside = i % 2 == 1;
+        GeometryObjectLib::Vertex direction{std::cos(angle), std::sin(angle), isInside ? between(-0.3, 0.3) : -0.4};
+        direction = direction / Length(direction);
+        auto const location =
+            isInside ? boxes[random() % boxes.size()].center + GeometryObjectLib::Vertex{0, 0, 1} - direction
+                     : center - direction * size;
+        views.push_back({Tools::Picking::ViewProjection::FromPerspective(location, direction, {0, 0, 1}, 1, 1280, 720),
+                         between(320, 960), between(180, 540)});
     }
     return views;
 }

@@ -28,7 +28,7 @@ struct WholeModel {
     std::uint32_t instanceCount = 0;
     std::uint32_t entityCount = 0;
     GeometryObjectLib::QuantizedAxisAlignedBoxTree tree;
-    std::vector<View> views;      ///< 64, from all around the model and a little above it, at pixels near its middle
+    std::vector<View> views;      ///< by turns from around the model and from inside it
     std::vector<char> increment;  ///< modifies every hundredth entity to what it is
 };
 

@@ -16,6 +16,9 @@
 #include <Tools/VertexNormalBuilder.h>
 
 #include "increments/ObjectApi.h"
+#if defined(QUORLAN_HAS_EMBREE)
+#include "picking/EmbreeScene.h"
+#endif
 
 #include <benchmark/benchmark.h>
 
@@ -71,16 +74,20 @@ void MakeRenderMeshes(benchmark::State& state, WholeModel const& model) {
 
 template <class Picker, class Pick>
 void PickAtViews(benchmark::State& state, WholeModel const& model, Pick const& pick) {
+    std::size_t hits = 0;
     for (auto _ : state) {
         for (auto const& view : model.views) {
             Picker picker;
             picker.SetViewProjection(view.camera);
             picker.SetPickPositionX(view.x);
             picker.SetPickPositionY(view.y);
-            benchmark::DoNotOptimize(pick(picker));
+            hits += pick(picker) ? 1 : 0;
+            benchmark::DoNotOptimize(picker);
         }
     }
-    CountItems(state, static_cast<double>(model.views.size()));
+    auto const count = static_cast<double>(model.views.size());
+    CountItems(state, count);
+    state.counters["hits"] = benchmark::Counter(static_cast<double>(hits) / count, benchmark::Counter::kAvgIterations);
 }
 
 void PickSurfaces(benchmark::State& state, WholeModel const& model) {
@@ -97,6 +104,25 @@ void PickSurfacesPlain(benchmark::State& state, WholeModel const& model) {
         return picker.PickSurfaces(model.buffer, {}, all);
     });
 }
+
+#if defined(QUORLAN_HAS_EMBREE)
+void PickSurfacesEmbree(benchmark::State& state, WholeModel const& model) {
+    EmbreeScene::Device const device;
+    EmbreeScene::InstanceScene const scene(device, model.buffer);
+    std::size_t hits = 0;
+    for (auto _ : state) {
+        for (auto const& view : model.views) {
+            GeometryObjectLib::Vertex origin;
+            GeometryObjectLib::Vertex direction;
+            ViewToWorld(view.camera, view.x, view.y, origin, direction);
+            hits += scene.IsHit(origin, direction) ? 1 : 0;
+        }
+    }
+    auto const count = static_cast<double>(model.views.size());
+    CountItems(state, count);
+    state.counters["hits"] = benchmark::Counter(static_cast<double>(hits) / count, benchmark::Counter::kAvgIterations);
+}
+#endif
 
 void OpenModel(benchmark::State& state, WholeModel const& model) {
     for (auto _ : state) {
@@ -140,6 +166,9 @@ constexpr struct {
                    {"RenderMeshes", MakeRenderMeshes},
                    {"PickSurfaces", PickSurfaces},
                    {"PickSurfacesPlain", PickSurfacesPlain},
+#if defined(QUORLAN_HAS_EMBREE)
+                   {"PickSurfacesEmbree", PickSurfacesEmbree},
+#endif
                    {"OpenModel", OpenModel},
                    {"ValidateModel", ValidateModel},
                    {"MergeOnePercent", MergeOnePercent},

@@ -7,6 +7,7 @@
 #include "picking/NearestEdge.h"
 #include "picking/SurfaceIntersection.h"
 
+#include <Quorlan/ModelTypes.h>
 #include <Tools/Picking/RayToGraphicsContainerBuilder.h>
 
 #include <cmath>
