@@ -42,6 +42,17 @@ inline Float4 LoadTriple(std::uint8_t const* triple) {
     return _mm_castsi128_ps(_mm_srli_si128(_mm_loadu_si128(reinterpret_cast<__m128i const*>(triple - 4)), 4));
 }
 
+/// Four vectors of three floats each, one behind the other.
+inline VectorLanes<Float4> LoadTriples(float const* triples) {
+    __m128 const xyzx = _mm_loadu_ps(triples);
+    __m128 const yzxy = _mm_loadu_ps(triples + 4);
+    __m128 const zxyz = _mm_loadu_ps(triples + 8);
+    __m128 const yzyz = _mm_shuffle_ps(xyzx, yzxy, _MM_SHUFFLE(1, 0, 2, 1));  // of the first two
+    __m128 const xyxy = _mm_shuffle_ps(yzxy, zxyz, _MM_SHUFFLE(2, 1, 3, 2));  // of the last two
+    return {_mm_shuffle_ps(xyzx, xyxy, _MM_SHUFFLE(2, 0, 3, 0)), _mm_shuffle_ps(yzyz, xyxy, _MM_SHUFFLE(3, 1, 2, 0)),
+            _mm_shuffle_ps(yzyz, zxyz, _MM_SHUFFLE(3, 0, 3, 1))};
+}
+
 #else
 
 template <int Lane>
@@ -68,6 +79,10 @@ inline Float4 LoadTriple(std::uint8_t const* triple) {
     float v[3];
     std::memcpy(v, triple, sizeof(v));
     return {v[0], v[1], v[2], 0};
+}
+
+inline VectorLanes<Float4> LoadTriples(float const* v) {
+    return {{v[0], v[3], v[6], v[9]}, {v[1], v[4], v[7], v[10]}, {v[2], v[5], v[8], v[11]}};
 }
 
 #endif

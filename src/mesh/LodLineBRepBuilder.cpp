@@ -12,6 +12,7 @@ namespace Quorlan::Tools {
 namespace {
 
 using GeometryObjectLib::LoadTriple;
+using GeometryObjectLib::LoadTriples;
 using GeometryObjectLib::Transpose;
 using GeometryObjectLib::VectorLanes;
 
@@ -87,8 +88,17 @@ std::array<SymmetricMatrix3, 4> InertiasOf(BRepGroup const& group, std::array<Ve
     return tensors;
 }
 
-/// Four vertices from `first` on; the last vertex again where there are less, which no minimum or maximum minds.
+/// Four vertices from `first` on.
 VectorLanes<Float4> FourPositions(BRepView const& brep, std::uint32_t first) {
+    std::uint8_t const* const vertex = brep.vertices + std::size_t{first} * brep.vertexStride;
+    if (brep.vertexStride == sizeof(Vector3f)) return LoadTriples(reinterpret_cast<float const*>(vertex));
+    return Transpose(LoadTriple(vertex), LoadTriple(vertex + brep.vertexStride),
+                     LoadTriple(vertex + 2 * brep.vertexStride), LoadTriple(vertex + 3 * brep.vertexStride));
+}
+
+/// The vertices from `first` on; the last vertex again where there are less than four, which no minimum or maximum
+/// minds.
+VectorLanes<Float4> LastPositions(BRepView const& brep, std::uint32_t first) {
     std::uint32_t const last = brep.vertexCount - 1;
     return Transpose(LoadVertex(brep, first), LoadVertex(brep, std::min(first + 1, last)),
                      LoadVertex(brep, std::min(first + 2, last)), LoadVertex(brep, std::min(first + 3, last)));
@@ -108,15 +118,17 @@ AxisExtent ExtentAlong(BRepView const& brep, Vector3f const& mean, Vector3f cons
     Float4 lowest(extent.lowest);
     Float4 highest(extent.highest);
     Float4 farthest(extent.distanceSquared);
-    for (std::uint32_t i = 0; i < brep.vertexCount; i += 4) {
-        auto const p = FourPositions(brep, i);
+    auto const add = [&](VectorLanes<Float4> const& p) {
         Float4 const t = Dot(p - m, a);
         auto const foot = m + a * t;
         auto const off = p - foot;
         lowest = Min(lowest, t);
         highest = Max(highest, t);
         farthest = Max(farthest, Dot(off, off));
-    }
+    };
+    std::uint32_t const beforeLast = brep.vertexCount / 4 * 4;
+    for (std::uint32_t i = 0; i < beforeLast; i += 4) add(FourPositions(brep, i));
+    if (beforeLast < brep.vertexCount) add(LastPositions(brep, beforeLast));
     for (float const t : ToArray(lowest)) extent.lowest = std::min(extent.lowest, t);
     for (float const t : ToArray(highest)) extent.highest = std::max(extent.highest, t);
     for (float const d : ToArray(farthest)) extent.distanceSquared = std::max(extent.distanceSquared, d);

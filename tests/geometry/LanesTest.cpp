@@ -1,4 +1,5 @@
 #include "geometry/FrameLanes.h"
+#include "geometry/LaneMoves.h"
 
 #include "support/RandomModel.h"
 #include "support/SameBits.h"
@@ -162,6 +163,14 @@ void ExpectSameComposition(FourPlacements const& a, FourPlacements const& b) {
         EXPECT_TRUE(SameBits(LaneOf(lanes.y, i), frame.y));
         EXPECT_TRUE(SameBits(LaneOf(lanes.z, i), frame.z));
     }
+}
+
+TEST(Lanes, TriplesBecomeComponents) {
+    float const triples[] = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12};
+    auto const v = LoadTriples(triples);
+    ExpectSame(v.x, PlainFloat4(1, 4, 7, 10));
+    ExpectSame(v.y, PlainFloat4(2, 5, 8, 11));
+    ExpectSame(v.z, PlainFloat4(3, 6, 9, 12));
 }
 
 TEST(FrameLanes, GiveTheBitsOfFourFrames) {
