@@ -130,11 +130,8 @@ bool ModelPicker::PickInBox(std::vector<GeometryType> const& types, std::vector<
 
     auto const planes =
         CreateClippingPlanes(viewProjection_, MoveToTree(transform, tree), pickPositionX_, pickPositionY_, tolerance);
-    auto candidates = FindItemsInPlanes(tree, planes);
-    if (candidates.size() > kMostCandidates) {
-        auto const ray = CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform);
-        candidates = FindNearestItemsInPlanes(tree, planes, ray, kMostNarrowCandidates);
-    }
+    auto const ray = CreatePickRay(viewProjection_, pickPositionX_, pickPositionY_, transform);
+    auto candidates = FindItemsInPlanes(tree, planes, {ray, kMostCandidates, kMostNarrowCandidates});
     if (candidates.empty()) return false;
     for (unsigned const id : candidates) QUORLAN_PREFETCH(geometry->instances()->Get(id));  // they lie far apart
     FilterCandidates(candidates, *geometry, disabledLayers_, filter, [](Schema::Instance const&) {});

@@ -2,7 +2,6 @@
 
 #include "picking/NodeLanes.h"
 #include "picking/NodeLists.h"
-#include "picking/RaySlabs.h"
 
 #include <algorithm>
 #include <array>
@@ -29,12 +28,13 @@ struct PlaceTable {
 
 inline constexpr PlaceTable kPlaceTable;
 
-/// The leaves of a binary tree that a ray may meet, found by its wide nodes, which lie in memory side by side and need
-/// a third of the steps.
+/// The leaves of a binary tree that something may meet, found by its wide nodes, which lie in memory side by side and
+/// need a third of the steps.
 class NearLeaves {
 public:
-    /// REQUIRES: the tree has wide nodes.
-    NearLeaves(QuantizedAxisAlignedBoxTree const& tree, RaySlabs const& slabs) {
+    /// With `RaySlabs` or `PlaneSlabs`. REQUIRES: the tree has wide nodes.
+    template <class Slabs>
+    NearLeaves(QuantizedAxisAlignedBoxTree const& tree, Slabs const& slabs) {
         auto const* const wideNodes = tree.getWideNodes().data();
         IndexList innerList;
         std::uint32_t* inner = innerList.GetData();

@@ -15,10 +15,16 @@ using GeometryObjectLib::Broadcast;
 using GeometryObjectLib::Float4;
 using GeometryObjectLib::GetBits;
 using GeometryObjectLib::Mask4;
+using GeometryObjectLib::Vector3f;
 using GeometryObjectLib::Yzx;
 
 using GeometryObjectLib::QuantizedAxisAlignedBoxTreeNode_s;
 using GeometryObjectLib::QuantizedAxisAlignedBoxTreeWideNode_s;
+
+/// A bit for each child that a wide node has.
+inline unsigned GetChildMask(QuantizedAxisAlignedBoxTreeWideNode_s const& wide) {
+    return (2u << (wide.form >> 12 & 7)) - 1;
+}
 
 #if QUORLAN_HAS_SSE2
 

@@ -62,7 +62,7 @@ public:
     bool IsUsable() const { return isUsable_; }
 
     /// How much the boxes are larger, per axis.
-    std::array<float, 3> const& GetSlack() const { return slack_; }
+    Float4 GetSlack() const { return {slack_[0], slack_[1], slack_[2], 0}; }
 
     /// The children that are met of each of `count` wide nodes, one bit per child.
     void FindMet(QuantizedAxisAlignedBoxTreeWideNode_s const* wideNodes, std::uint32_t const* indices,
@@ -108,11 +108,6 @@ private:
         }
         int FindMet() const { return GetBits(entry <= exit); }
     };
-
-    /// A bit for each child that there is.
-    static unsigned GetChildMask(QuantizedAxisAlignedBoxTreeWideNode_s const& wide) {
-        return (2u << (wide.form >> 12 & 7)) - 1;
-    }
 
     static constexpr double kGridEnd = 65535;
     static constexpr double kLeastSlope = 1e-20;

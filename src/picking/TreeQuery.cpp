@@ -1,9 +1,10 @@
 #include "picking/TreeQuery.h"
 
 #include "geometry/BoxTreeNodes.h"
+#include "picking/BoxTests.h"
 #include "picking/NearLeaves.h"
-#include "picking/NodeLanes.h"
 #include "picking/NodeLists.h"
+#include "picking/PlaneSlabs.h"
 #include "picking/RaySlabs.h"
 
 #include <algorithm>
@@ -16,8 +17,7 @@ namespace {
 
 using GeometryObjectLib::GetSubtreeSize;
 
-constexpr int kXyz = 7;   // the lanes of a vector
-constexpr int kAll = 15;  // all four lanes
+constexpr std::size_t kUsualItems = 32;
 
 Float4 Narrow(Vertex const& v) {
     return {static_cast<float>(v.x), static_cast<float>(v.y), static_cast<float>(v.z), 0};
@@ -35,21 +35,10 @@ Float4 GetHalfCell(QuantizedAxisAlignedBoxTree const& tree) {
     return Narrow({0.5 / cellsPerUnit.x, 0.5 / cellsPerUnit.y, 0.5 / cellsPerUnit.z});
 }
 
-struct Box {
-    Float4 center;
-    Float4 halfExtent;
-
-    Box(QuantizedAxisAlignedBoxTreeNode_s const& node, Float4 halfCell) : center(0.0f), halfExtent(0.0f) {
-        LoadNode(node, center, halfExtent);
-        center = center * halfCell;
-        halfExtent = halfExtent * halfCell;
-    }
-};
-
 /// The leaves of a tree that are met and whose ancestors all are, in depth-first order.
 class MetLeaves {
 public:
-    /// Finds the leaves whose boxes overlaps(center, halfExtent) accepts.
+    /// Finds the leaves whose boxes overlaps(box) accepts.
     ///
     /// They are found from level to level and not depth first: the boxes of a level do not wait for one another's
     /// answers, and no branch depends on an answer. What is met is written in any case and then counted or not.
@@ -76,19 +65,8 @@ public:
         count_ = walk.GetLeafCount();
     }
 
-    std::size_t GetCount() const { return count_; }
-    unsigned GetItem(std::size_t i) const { return static_cast<unsigned>(nodes_[leaves_.GetData()[i]].escapeOrItem); }
-    Vertex GetCenter(std::size_t i) const {
-        float c[4];
-        Store(Load(leaves_.GetData()[i]).center, c);
-        return {c[0], c[1], c[2]};
-    }
-
-    std::vector<unsigned> GetItems() const {
-        std::vector<unsigned> items(count_);
-        for (std::size_t i = 0; i < count_; ++i) items[i] = GetItem(i);
-        return items;
-    }
+    std::uint32_t const* begin() const { return leaves_.GetData(); }
+    std::uint32_t const* end() const { return leaves_.GetData() + count_; }
 
 private:
     template <class Overlaps>
@@ -102,11 +80,8 @@ private:
 
     template <class Overlaps>
     bool IsMet(Overlaps const& overlaps, std::size_t node) const {
-        Box const box = Load(node);
-        return overlaps(box.center, box.halfExtent);
+        return overlaps(Box(nodes_[node], halfCell_));
     }
-
-    Box Load(std::size_t node) const { return Box(nodes_[node], halfCell_); }
 
     QuantizedAxisAlignedBoxTreeNode_s const* nodes_;
     Float4 halfCell_;
@@ -114,39 +89,12 @@ private:
     std::size_t count_ = 0;
 };
 
-/// The separating-axis test of a half line and a box: the three axes, and their cross products with the direction
-/// (Gottschalk, Lin, Manocha, "OBBTree", 1996). The cross products stand in the lanes z, x, y.
-class RayTest {
-public:
-    RayTest(Float4 origin, Float4 direction)
-        : origin_(origin),
-          direction_(direction),
-          directionYzx_(Yzx(direction)),
-          absDirection_(Abs(direction)),
-          absDirectionYzx_(Abs(directionYzx_)) {}
-
-    bool operator()(Float4 center, Float4 halfExtent) const {
-        Float4 const toOrigin = origin_ - center;
-        Mask4 const isBeyond = (Abs(toOrigin) > halfExtent) & (toOrigin * direction_ >= Float4(0.0f));
-        Float4 const across = Yzx(toOrigin) * direction_ - toOrigin * directionYzx_;
-        Float4 const reach = halfExtent * absDirectionYzx_ + Yzx(halfExtent) * absDirection_;
-        return (GetBits(isBeyond | (Abs(across) > reach)) & kXyz) == 0;
-    }
-
-private:
-    Float4 origin_;
-    Float4 direction_;
-    Float4 directionYzx_;
-    Float4 absDirection_;
-    Float4 absDirectionYzx_;
-};
-
 /// Whether the test meets a leaf and all its ancestors.
-bool IsMetFromRootOn(std::vector<QuantizedAxisAlignedBoxTreeNode_s> const& nodes, std::size_t leaf, RayTest const& test,
+template <class Test>
+bool IsMetFromRootOn(std::vector<QuantizedAxisAlignedBoxTreeNode_s> const& nodes, std::size_t leaf, Test const& test,
                      Float4 halfCell) {
     for (std::size_t node = 0;;) {
-        Box const box(nodes[node], halfCell);
-        if (!test(box.center, box.halfExtent)) return false;
+        if (!test(Box(nodes[node], halfCell))) return false;
         if (node == leaf) return true;
         ++node;
         for (std::size_t size = GetSubtreeSize(nodes[node]); node + size <= leaf; size = GetSubtreeSize(nodes[node])) {
@@ -155,30 +103,24 @@ bool IsMetFromRootOn(std::vector<QuantizedAxisAlignedBoxTreeNode_s> const& nodes
     }
 }
 
-/// Whether some point of a box is on the inner side of each of four planes, one plane per lane.
-class PlanesTest {
-public:
-    /// REQUIRES: four planes.
-    explicit PlanesTest(std::vector<Plane3f> const& p)
-        : normalX_(p[0].normal.x, p[1].normal.x, p[2].normal.x, p[3].normal.x),
-          normalY_(p[0].normal.y, p[1].normal.y, p[2].normal.y, p[3].normal.y),
-          normalZ_(p[0].normal.z, p[1].normal.z, p[2].normal.z, p[3].normal.z),
-          distance_(p[0].distance, p[1].distance, p[2].distance, p[3].distance) {}
-
-    bool operator()(Float4 center, Float4 halfExtent) const {
-        Float4 const height =
-            normalX_ * Broadcast<0>(center) + normalY_ * Broadcast<1>(center) + normalZ_ * Broadcast<2>(center);
-        Float4 const reach = Abs(normalX_) * Broadcast<0>(halfExtent) + Abs(normalY_) * Broadcast<1>(halfExtent) +
-                             Abs(normalZ_) * Broadcast<2>(halfExtent);
-        return GetBits(height - reach - distance_ <= Float4(0.0f)) == kAll;
+/// Calls visit(leaf) for the leaves that the exact test meets with all their ancestors, in their order.
+///
+/// Where boxes contain those of their subtrees, as in every tree with wide nodes, all ancestors are met of a leaf that
+/// is met even when smaller by what the test can err, so that few are asked.
+template <class Test, class Slabs, class Visit>
+void VisitMetLeaves(QuantizedAxisAlignedBoxTree const& tree, Test const& isMet, Slabs const& slabs, Float4 halfCell,
+                    Visit const& visit) {
+    if (tree.getWideNodes().empty() || !slabs.IsUsable()) {
+        for (std::uint32_t const leaf : MetLeaves(tree, isMet)) visit(leaf);
+        return;
     }
-
-private:
-    Float4 normalX_;
-    Float4 normalY_;
-    Float4 normalZ_;
-    Float4 distance_;
-};
+    auto const& nodes = tree.getNodes();
+    Float4 const slack = slabs.GetSlack();
+    for (std::uint32_t const leaf : NearLeaves(tree, slabs)) {
+        Box const box(nodes[leaf], halfCell);
+        if (isMet.IsMetBy(box, slack) || (isMet(box) && IsMetFromRootOn(nodes, leaf, isMet, halfCell))) visit(leaf);
+    }
+}
 
 /// The square of the distance of a point to a half line; infinite where it is not a number.
 double SquaredDistance(ModelRay const& ray, Vertex const& point) {
@@ -189,36 +131,30 @@ double SquaredDistance(ModelRay const& ray, Vertex const& point) {
     return std::isnan(squared) ? std::numeric_limits<double>::infinity() : squared;
 }
 
-/// A leaf counts if the exact test meets it and all its ancestors. Where boxes contain those of their subtrees, as in
-/// every tree with wide nodes, all ancestors are met of a leaf that is met even when smaller by what the test can err,
-/// so that few are asked.
 std::vector<unsigned> FindNearItems(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray,
                                     ItemRecords const& records, bool usesAvx2) {
-    auto const& nodes = tree.getNodes();
     Float4 const halfCell = GetHalfCell(tree);
     Float4 const origin = Narrow(ray.origin - tree.getOrigin());
     Float4 const direction = Narrow(ray.direction);
-    RayTest const isMet(origin, direction);
-    if (tree.getWideNodes().empty()) return MetLeaves(tree, isMet).GetItems();
     RaySlabs const slabs(ToArray(origin), ToArray(direction), ToArray(halfCell), usesAvx2);
-    if (!slabs.IsUsable()) return MetLeaves(tree, isMet).GetItems();
-    NearLeaves const leaves(tree, slabs);
-
-    auto const& slack = slabs.GetSlack();
-    Float4 const slackLanes(slack[0], slack[1], slack[2], 0);
     std::vector<unsigned> items;
-    items.reserve(static_cast<std::size_t>(leaves.end() - leaves.begin()));
-    for (std::uint32_t const leaf : leaves) {
-        Box const box(nodes[leaf], halfCell);
-        Float4 const inside = box.halfExtent - slackLanes;
-        bool const isSurelyMet = (GetBits(inside >= Float4(0.0f)) & kXyz) == kXyz && isMet(box.center, inside);
-        if (isSurelyMet || (isMet(box.center, box.halfExtent) && IsMetFromRootOn(nodes, leaf, isMet, halfCell))) {
-            auto const item = static_cast<unsigned>(nodes[leaf].escapeOrItem);
-            items.push_back(item);
-            if (records.first != nullptr) QUORLAN_PREFETCH(records.first + item * records.size);
-        }
-    }
+    items.reserve(kUsualItems);
+    VisitMetLeaves(tree, RayTest(origin, direction), slabs, halfCell, [&](std::uint32_t leaf) {
+        auto const item = static_cast<unsigned>(tree.getNodes()[leaf].escapeOrItem);
+        items.push_back(item);
+        if (records.first != nullptr) QUORLAN_PREFETCH(records.first + item * records.size);
+    });
     return items;
+}
+
+std::vector<std::uint32_t> FindLeavesInPlanes(QuantizedAxisAlignedBoxTree const& tree,
+                                              std::vector<Plane3f> const& planes) {
+    Float4 const halfCell = GetHalfCell(tree);
+    std::vector<std::uint32_t> leaves;
+    leaves.reserve(kUsualItems);
+    VisitMetLeaves(tree, PlanesTest(planes), PlaneSlabs(planes, ToArray(halfCell)), halfCell,
+                   [&](std::uint32_t leaf) { leaves.push_back(leaf); });
+    return leaves;
 }
 
 #if QUORLAN_HAS_AVX2
@@ -227,7 +163,40 @@ __attribute__((target("avx2"), flatten)) std::vector<unsigned> FindNearItemsAvx2
     QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray, ItemRecords const& records) {
     return FindNearItems(tree, ray, records, true);
 }
+
+__attribute__((target("avx2"), flatten)) std::vector<std::uint32_t> FindLeavesInPlanesAvx2(
+    QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes) {
+    return FindLeavesInPlanes(tree, planes);
+}
 #endif
+
+/// Of the leaves the at most `limit` whose boxes' centres lie nearest to the ray, nearest first; of equal distances,
+/// the first in the list.
+std::vector<std::uint32_t> FindNearest(QuantizedAxisAlignedBoxTree const& tree,
+                                       std::vector<std::uint32_t> const& leaves, ModelRay const& ray,
+                                       std::size_t limit) {
+    struct Candidate {
+        double squaredDistance;
+        std::uint32_t leaf;  // ascending
+    };
+    Float4 const halfCell = GetHalfCell(tree);
+    ModelRay const relative{ray.origin - tree.getOrigin(), ray.direction};
+    std::vector<Candidate> candidates;
+    candidates.reserve(leaves.size());
+    for (std::uint32_t const leaf : leaves) {
+        auto const c = ToArray(Box(tree.getNodes()[leaf], halfCell).center);
+        candidates.push_back({SquaredDistance(relative, {c[0], c[1], c[2]}), leaf});
+    }
+    auto const last = candidates.begin() + static_cast<std::ptrdiff_t>(std::min(limit, candidates.size()));
+    auto const isBefore = [](Candidate const& a, Candidate const& b) {
+        return a.squaredDistance != b.squaredDistance ? a.squaredDistance < b.squaredDistance : a.leaf < b.leaf;
+    };
+    std::nth_element(candidates.begin(), last, candidates.end(), isBefore);
+    std::sort(candidates.begin(), last, isBefore);
+    std::vector<std::uint32_t> nearest;
+    for (auto candidate = candidates.begin(); candidate != last; ++candidate) nearest.push_back(candidate->leaf);
+    return nearest;
+}
 
 }  // namespace
 
@@ -239,34 +208,16 @@ std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree,
     return FindNearItems(tree, ray, records, false);
 }
 
-std::vector<unsigned> FindItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes) {
-    return MetLeaves(tree, PlanesTest(planes)).GetItems();
-}
-
-std::vector<unsigned> FindNearestItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree,
-                                               std::vector<Plane3f> const& planes, ModelRay const& ray,
-                                               std::size_t limit) {
-    struct Candidate {
-        double squaredDistance;
-        std::size_t order;
-    };
-    MetLeaves const leaves(tree, PlanesTest(planes));
-    ModelRay const relative{ray.origin - tree.getOrigin(), ray.direction};
-    std::vector<Candidate> candidates(leaves.GetCount());
-    for (std::size_t i = 0; i < candidates.size(); ++i) {
-        candidates[i] = {SquaredDistance(relative, leaves.GetCenter(i)), i};
-    }
-    auto const last = candidates.begin() + static_cast<std::ptrdiff_t>(std::min(limit, candidates.size()));
-    std::partial_sort(candidates.begin(), last, candidates.end(), [](Candidate const& a, Candidate const& b) {
-        if (a.squaredDistance != b.squaredDistance) return a.squaredDistance < b.squaredDistance;
-        return a.order < b.order;
-    });
-    std::vector<unsigned> items;
-    items.reserve(limit);
-    for (auto candidate = candidates.begin(); candidate != last; ++candidate) {
-        items.push_back(leaves.GetItem(candidate->order));
-    }
-    return items;
+std::vector<unsigned> FindItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes,
+                                        Narrowing const& narrowing, [[maybe_unused]] bool usesAvx2) {
+#if QUORLAN_HAS_AVX2
+    auto leaves = usesAvx2 ? FindLeavesInPlanesAvx2(tree, planes) : FindLeavesInPlanes(tree, planes);
+#else
+    auto leaves = FindLeavesInPlanes(tree, planes);
+#endif
+    if (leaves.size() > narrowing.most) leaves = FindNearest(tree, leaves, narrowing.ray, narrowing.limit);
+    for (std::uint32_t& leaf : leaves) leaf = static_cast<std::uint32_t>(tree.getNodes()[leaf].escapeOrItem);
+    return leaves;
 }
 
 }  // namespace Quorlan::Tools::Picking

@@ -7,6 +7,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <limits>
 #include <vector>
 
 /// Queries of the tree over a model's instances. All of them list the items of leaves in the tree's depth-first order
@@ -14,6 +15,7 @@
 namespace Quorlan::Tools::Picking {
 
 using GeometryObjectLib::QuantizedAxisAlignedBoxTree;
+using Quorlan::HasAvx2;
 
 /// Where the records of items lie, one behind the other, for queries to fetch those that they find into the cache.
 struct ItemRecords {
@@ -25,13 +27,16 @@ struct ItemRecords {
 std::vector<unsigned> FindItemsAlongRay(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray,
                                         ItemRecords const& records = {}, bool usesAvx2 = HasAvx2());
 
-/// The items whose boxes are not wholly outside one of the four planes. The planes are relative to the tree's origin.
-std::vector<unsigned> FindItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes);
+/// Which items of many count: of more than `most` the at most `limit` whose boxes' centres lie nearest to the ray.
+struct Narrowing {
+    ModelRay ray;
+    std::size_t most = std::numeric_limits<std::size_t>::max();
+    std::size_t limit = 0;
+};
 
-/// Of those items the at most `limit` whose boxes' centres lie nearest to the ray, nearest first; of equal distances,
-/// the first in the tree.
-std::vector<unsigned> FindNearestItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree,
-                                               std::vector<Plane3f> const& planes, ModelRay const& ray,
-                                               std::size_t limit);
+/// The items whose boxes are not wholly outside one of the four planes. The planes are relative to the tree's origin.
+/// Where items are narrowed down, the nearest come first and, of equal distances, the first in the tree.
+std::vector<unsigned> FindItemsInPlanes(QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes,
+                                        Narrowing const& narrowing = {}, bool usesAvx2 = HasAvx2());
 
 }  // namespace Quorlan::Tools::Picking

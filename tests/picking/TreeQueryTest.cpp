@@ -37,7 +37,7 @@ TEST(TreeQuery, EmptyTreeHasNoItems) {
     QuantizedAxisAlignedBoxTree const empty;
     EXPECT_TRUE(FindItemsAlongRay(empty, {{0, 0, 0}, {1, 0, 0}}).empty());
     EXPECT_TRUE(FindItemsInPlanes(empty, std::vector<Plane3f>(4)).empty());
-    EXPECT_TRUE(FindNearestItemsInPlanes(empty, std::vector<Plane3f>(4), {{0, 0, 0}, {1, 0, 0}}, 100).empty());
+    EXPECT_TRUE(FindItemsInPlanes(empty, std::vector<Plane3f>(4), {{{0, 0, 0}, {1, 0, 0}}, 0, 100}).empty());
 }
 
 TEST(TreeQuery, RayGivesTheBitsOfTheWalkInScalars) {
@@ -224,6 +224,105 @@ TEST(TreeQuery, PlanesGiveTheBitsOfTheWalkInScalars) {
     EXPECT_GT(found, 2000u);
 }
 
+/// With AVX2 and without. Returns how many items were found.
+std::size_t ExpectPlanesAsInScalars(QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes) {
+    auto const expected = WalkInScalars(tree, [&](ScalarBox const& box) { return box.IsWithin(planes); });
+    EXPECT_EQ(FindItemsInPlanes(tree, planes), expected);
+    EXPECT_EQ(FindItemsInPlanes(tree, planes, {}, false), expected);
+    return expected.size();
+}
+
+Plane3f MakePlane(Vertex const& normal, Vertex const& point) {
+    Vector3f const n{static_cast<float>(normal.x), static_cast<float>(normal.y), static_cast<float>(normal.z)};
+    return {n, static_cast<float>(Dot(normal, point))};
+}
+
+// The boxes around a pixel: two pairs of planes that are nearly parallel, near or far apart.
+TEST(TreeQuery, PlanesThroughALargeTreeGiveTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    for (Vertex const& center : {Vertex{}, Vertex{3e6, -2e6, 5e5}}) {
+        auto boxes = random.Boxes(5000, center);
+        if (center.x != 0) {
+            for (auto& box : boxes) {
+                box.center.z = center.z;
+                box.halfExtent.z = 0;
+            }
+        }
+        auto const tree = MakeTree(boxes);
+        ASSERT_FALSE(tree.getWideNodes().empty());
+        std::size_t found = 0;
+        for (int i = 0; i < 600 && !HasFailure(); ++i) {
+            Vertex const u = random.Point(1);
+            Vertex const v = random.Point(1);
+            Vertex const point = random.Point(12) + center - tree.getOrigin();
+            double const width = i % 3 == 0 ? 0.01 : random.Between(0, 3);
+            found +=
+                ExpectPlanesAsInScalars(tree, {MakePlane(u, point + width * u), MakePlane(-1 * u, point - width * u),
+                                               MakePlane(v, point + width * v), MakePlane(-1 * v, point - width * v)});
+        }
+        EXPECT_GT(found, 2000u);
+    }
+}
+
+TEST(TreeQuery, PlanesThatTouchBoxesGiveTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    auto const tree = MakeTree(random.Boxes(3000, {}));
+    for (unsigned i = 0; i < 1500 && !HasFailure(); ++i) {
+        std::vector<Plane3f> planes;
+        for (unsigned k = 0; k < 4; ++k) {
+            Vertex const corner = GetCorner(tree, random.engine() % tree.getNodes().size(), random.engine() % 8);
+            Vertex normal = random.Point(1);
+            if (i % 2 == 0) normal.x = 0;
+            if (i % 3 == 0) normal.y = i % 9 == 0 ? -0.0 : 1e-9;
+            planes.push_back(MakePlane(normal, corner - tree.getOrigin()));
+        }
+        ExpectPlanesAsInScalars(tree, planes);
+    }
+}
+
+TEST(TreeQuery, PlanesOfExtremeNumbersGiveTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    auto const tree = MakeTree(random.Boxes(500, {}));
+    constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+    constexpr float kInfinite = std::numeric_limits<float>::infinity();
+    float const values[] = {0, -0.0F, 1, -1, 1e-44F, 1e-30F, 1e12F, -1e25F, 3e38F, kInfinite, kNan};
+    for (float const x : values) {
+        for (float const y : values) {
+            for (float const distance : values) {
+                ExpectPlanesAsInScalars(tree,
+                                        {{{x, y, 0.5F}, distance}, {{y, x, -1}, 1}, {{0, 1, x}, 2}, {{1, 0, 0}, 20}});
+                ASSERT_FALSE(HasFailure()) << x << ' ' << y << ' ' << distance;
+            }
+        }
+    }
+}
+
+TEST(TreeQuery, PlanesThroughATreeWhoseBoxesDoNotContainTheirSubtreesGiveTheBitsOfTheWalkInScalars) {
+    RandomBoxes random;
+    auto nodes = MakeTree(random.Boxes(1000, {})).getNodes();
+    for (auto& node : nodes) {
+        if (node.escapeOrItem < -3 && random.engine() % 8 == 0) std::swap(node.minY, node.maxY);
+    }
+    QuantizedAxisAlignedBoxTree const tree({}, {3000, 3000, 3000}, nodes);
+    ASSERT_TRUE(tree.getWideNodes().empty());
+    for (int i = 0; i < 100; ++i) {
+        Vertex const n = random.Point(1);
+        ExpectPlanesAsInScalars(tree,
+                                {MakePlane(n, random.Point(15)), {{1, 0, 0}, 15}, {{0, 1, 0}, 15}, {{0, 0, 1}, 15}});
+    }
+}
+
+TEST(TreeQuery, ItemsAreNarrowedDownAboveTheirMost) {
+    std::vector<AxisAlignedBox3> boxes;
+    for (int i = 0; i < 20; ++i) boxes.push_back({{double(i), 0, 0}, {0.5, 0.5, 0.5}});
+    auto const tree = MakeTree(boxes);
+    ModelRay const ray{{5.1, 0, 0}, {0, 0, 1}};
+    std::vector<Plane3f> const all(4, {{1, 0, 0}, 1e9F});
+    EXPECT_EQ(FindItemsInPlanes(tree, all, {ray, 20, 3}), GetLeafOrder(tree));
+    EXPECT_EQ(FindItemsInPlanes(tree, all, {ray, 19, 3}), (std::vector<unsigned>{5, 6, 4}));
+    EXPECT_EQ(FindItemsInPlanes(tree, all, {ray, 19, 100}).size(), 20u);
+}
+
 TEST(TreeQuery, RayIsAHalfLine) {
     auto const tree = MakeTree(std::vector<AxisAlignedBox3>{{{0, 0, 0}, {1, 1, 1}}, {{10, 0, 0}, {1, 1, 1}}});
     EXPECT_EQ(FindItemsAlongRay(tree, {{5, 0, 0}, {1, 0, 0}}), (std::vector<unsigned>{1}));
@@ -255,7 +354,7 @@ TEST(TreeQuery, NearestItemsAreSortedByTheDistanceOfTheirCentresToTheHalfLine) {
             double const t = std::max(0.0, Dot(toCenter, ray.direction)) / Dot(ray.direction, ray.direction);
             return Length(toCenter - ray.direction * t);
         };
-        auto const items = FindNearestItemsInPlanes(tree, KeepAll(), ray, 40);
+        auto const items = FindItemsInPlanes(tree, KeepAll(), {ray, 0, 40});
         ASSERT_EQ(items.size(), 40u);
         std::vector<double> all;
         for (unsigned item = 0; item < boxes.size(); ++item) all.push_back(distance(item));
@@ -272,9 +371,9 @@ TEST(TreeQuery, NearestItemsAtEqualDistancesKeepTheOrderOfTheTree) {
     // A ray without a direction or a place has no distances at all.
     double const nan = std::numeric_limits<double>::quiet_NaN();
     auto const order = GetLeafOrder(tree);
-    auto const items = FindNearestItemsInPlanes(tree, KeepAll(), {{nan, 0, 0}, {1, 0, 0}}, 12);
+    auto const items = FindItemsInPlanes(tree, KeepAll(), {{{nan, 0, 0}, {1, 0, 0}}, 0, 12});
     EXPECT_EQ(items, std::vector<unsigned>(order.begin(), order.begin() + 12));
-    EXPECT_EQ(FindNearestItemsInPlanes(tree, KeepAll(), {{nan, 0, 0}, {1, 0, 0}}, 100), order);
+    EXPECT_EQ(FindItemsInPlanes(tree, KeepAll(), {{{nan, 0, 0}, {1, 0, 0}}, 0, 100}), order);
 }
 
 }  // namespace
