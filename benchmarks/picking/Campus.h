@@ -1,7 +1,8 @@
 #pragma once
 
+#include "picking/View.h"
+
 #include <GeometryObjectLib/QuantizedAxisAlignedBoxTree.h>
-#include <Tools/Picking/ViewProjection.h>
 
 #include <cstdint>
 #include <vector>
@@ -12,13 +13,6 @@ namespace CampusBenchmark {
 using GeometryObjectLib::QuantizedAxisAlignedBoxTree;
 using GeometryObjectLib::Vertex;
 using Quorlan::Tools::Picking::ViewProjection;
-
-/// A pixel and the camera it belongs to.
-struct View {
-    ViewProjection camera;
-    double x = 0;
-    double y = 0;
-};
 
 struct Campus {
     std::vector<char> buffer;

@@ -1,4 +1,5 @@
 #include "picking/Campus.h"
+#include "picking/View.h"
 
 #include <Tools/Picking/ModelInstancesPicker.h>
 #include <Tools/Picking/ModelPicker.h>
@@ -12,6 +13,7 @@ namespace {
 
 using CampusBenchmark::Campus;
 using CampusBenchmark::GetCampus;
+using CampusBenchmark::MakePicker;
 using CampusBenchmark::View;
 using Quorlan::EntityIndex_t;
 using Quorlan::Tools::Picking::ModelInstancesPicker;
@@ -25,10 +27,7 @@ void RunPicks(benchmark::State& state, Campus const& campus, Pick const& pick) {
     for (auto _ : state) {
         View const& view = campus.views[next];
         next = (next + 1) % campus.views.size();
-        Picker picker;
-        picker.SetViewProjection(view.camera);
-        picker.SetPickPositionX(view.x);
-        picker.SetPickPositionY(view.y);
+        auto picker = MakePicker<Picker>(view);
         hits += pick(picker) ? 1 : 0;
         benchmark::DoNotOptimize(picker);
     }

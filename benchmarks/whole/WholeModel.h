@@ -1,8 +1,9 @@
 #pragma once
 
+#include "picking/View.h"
+
 #include <GeometryObjectLib/QuantizedAxisAlignedBoxTree.h>
 #include <Quorlan/ModelStorage.h>
-#include <Tools/Picking/ViewProjection.h>
 
 #include <cstdint>
 #include <string>
@@ -12,12 +13,7 @@ namespace Quorlan::Benchmarks {
 
 /// A model of a file with what its benchmarks need besides.
 struct WholeModel {
-    /// A pixel and the camera it belongs to.
-    struct View {
-        Tools::Picking::ViewProjection camera;
-        double x = 0;
-        double y = 0;
-    };
+    using View = CampusBenchmark::View;
 
     /// Throws std::runtime_error, naming the file, for what is not a sound model with instances.
     explicit WholeModel(std::string const& path);

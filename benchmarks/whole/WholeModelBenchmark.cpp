@@ -77,10 +77,7 @@ void PickAtViews(benchmark::State& state, WholeModel const& model, Pick const& p
     std::size_t hits = 0;
     for (auto _ : state) {
         for (auto const& view : model.views) {
-            Picker picker;
-            picker.SetViewProjection(view.camera);
-            picker.SetPickPositionX(view.x);
-            picker.SetPickPositionY(view.y);
+            auto picker = CampusBenchmark::MakePicker<Picker>(view);
             hits += pick(picker) ? 1 : 0;
             benchmark::DoNotOptimize(picker);
         }

@@ -84,7 +84,8 @@ private:
     Float4 GetLeastHeights(Box const& box) const {
         Float4 const height = normalX_ * Broadcast<0>(box.center) + normalY_ * Broadcast<1>(box.center) +
                               normalZ_ * Broadcast<2>(box.center);
-        Float4 const reach = Abs(normalX_) * Broadcast<0>(box.halfExtent) + Abs(normalY_) * Broadcast<1>(box.halfExtent) +
+        Float4 const reach = Abs(normalX_) * Broadcast<0>(box.halfExtent) +
+                             Abs(normalY_) * Broadcast<1>(box.halfExtent) +
                              Abs(normalZ_) * Broadcast<2>(box.halfExtent);
         return height - reach - distance_;
     }

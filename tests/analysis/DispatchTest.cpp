@@ -6,10 +6,9 @@
 #include "support/PlainAnalysis.h"
 #include "support/RandomModel.h"
 #include "support/ReadRecords.h"
+#include "support/RealModels.h"
 #include "support/SameBits.h"
-#include "support/TestData.h"
 
-#include <IfcImport.h>
 #include <gtest/gtest.h>
 #include <sample/SampleBuilding.h>
 
@@ -76,20 +75,11 @@ TEST_F(Dispatch, SampleBuildingHasTheSameBits) {
     EXPECT_GT(ExpectSameQuantities(model), 100u);
 }
 
-#if defined(QUORLAN_HAS_IFC)
-
 TEST_F(Dispatch, RealModelsHaveTheSameBits) {
-    auto const data = TestSupport::FindTestData();
-    if (!data) GTEST_SKIP() << TestSupport::kNoTestData;
-    for (char const* const name : {"AC20-FZK-Haus.ifc", "Duplex_A_20110907.ifc", "IfcOpenHouse_IFC4.ifc"}) {
-        SCOPED_TRACE(name);
-        auto const result = QuorlanProgram::Import::ImportIfc(TestSupport::ReadText(*data / name));
-        ASSERT_EQ(result.error, "");
-        EXPECT_GT(ExpectSamePlaces(result.model), 0u);
-        EXPECT_GT(ExpectSameQuantities(result.model), 0u);
-    }
+    TestSupport::CheckRealModels([](std::vector<char> const& model) {
+        EXPECT_GT(ExpectSamePlaces(model), 0u);
+        EXPECT_GT(ExpectSameQuantities(model), 0u);
+    });
 }
-
-#endif
 
 }  // namespace

@@ -4,10 +4,9 @@
 #include "picking/PlainPick.h"
 #include "picking/PlainTreeWalk.h"
 #include "picking/SurfacePick.h"
+#include "support/RealModels.h"
 #include "support/SameBits.h"
-#include "support/TestData.h"
 
-#include <IfcImport.h>
 #include <Tools/BoundingBoxBuilder.h>
 #include <Tools/QaabBuilder.h>
 #include <sample/SampleBuilding.h>
@@ -82,19 +81,8 @@ TEST(WholeModelPick, SampleBuildingIsPickedAsByThePlainRules) {
     EXPECT_GT(ExpectPlainPicks(QuorlanSample::BuildSampleBuilding()), 0.7);
 }
 
-#if defined(QUORLAN_HAS_IFC)
-
 TEST(WholeModelPick, RealModelsArePickedAsByThePlainRules) {
-    auto const data = TestSupport::FindTestData();
-    if (!data) GTEST_SKIP() << TestSupport::kNoTestData;
-    for (char const* const name : {"AC20-FZK-Haus.ifc", "Duplex_A_20110907.ifc", "IfcOpenHouse_IFC4.ifc"}) {
-        SCOPED_TRACE(name);
-        auto const result = QuorlanProgram::Import::ImportIfc(TestSupport::ReadText(*data / name));
-        ASSERT_EQ(result.error, "");
-        EXPECT_GT(ExpectPlainPicks(result.model), 0.5);
-    }
+    TestSupport::CheckRealModels([](std::vector<char> const& model) { EXPECT_GT(ExpectPlainPicks(model), 0.5); });
 }
-
-#endif
 
 }  // namespace
