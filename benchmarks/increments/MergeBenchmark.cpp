@@ -3,6 +3,7 @@
 
 #include "BuildingModel.h"
 #include "ObjectApi.h"
+#include "RunWarm.h"
 
 #include <Quorlan/ModelStorage.h>
 #include <Tools/EntityMerger.h>
@@ -28,10 +29,10 @@ void MergeOnePercent(benchmark::State& state) {
     auto const full = WriteFullModel(count);
     auto const increment = WriteIncrement(count, 1);
     Increments::Merge merge;
-    for (auto _ : state) {
+    RunWarm(state, [&] {
         if (!merge.Build(full, increment)) state.SkipWithError("not built");
         benchmark::DoNotOptimize(merge.GetResult().data());
-    }
+    });
     SetBytes(state, full.size());
 }
 
@@ -41,10 +42,10 @@ void SquashOnePercent(benchmark::State& state) {
     auto const base = WriteFullModel(count);
     auto const increment = WriteIncrement(count, 1);
     Increments::Squash squash;
-    for (auto _ : state) {
+    RunWarm(state, [&] {
         if (!squash.Build(base, increment)) state.SkipWithError("not built");
         benchmark::DoNotOptimize(squash.GetResult().data());
-    }
+    });
     SetBytes(state, base.size());
 }
 
@@ -57,38 +58,38 @@ void WriteOnePercentIncrement(benchmark::State& state) {
     for (std::uint32_t i = 0; i < count; i += 100) {
         list.emplace_back(OwnerHistoryChangeAction::MODIFIED, EntityIndex_t{i});
     }
-    for (auto _ : state) {
+    RunWarm(state, [&] {
         Increments::IncrementModelBuilder builder;
         builder.Add(storage.GetModelReader(), list);
         benchmark::DoNotOptimize(builder.GetResult().data());
-    }
+    });
     SetBytes(state, full.size());
 }
 
 void MergeModelAsEntity(benchmark::State& state) {
     auto const full = WriteFullModel(static_cast<std::uint32_t>(state.range(0)));
     auto const storage = ModelStorage::FromBuffer(full);
-    for (auto _ : state) {
+    RunWarm(state, [&] {
         EntityMerger merger;
         merger.Add(storage.GetModelReader(), GuidOf(1), {}, L"all", OwnerHistoryChangeAction::ADDED);
         benchmark::DoNotOptimize(merger.GetResult().data());
-    }
+    });
     SetBytes(state, full.size());
 }
 
 void CheckAndCopyBytes(benchmark::State& state) {
     auto const full = WriteFullModel(static_cast<std::uint32_t>(state.range(0)));
-    for (auto _ : state) {
+    RunWarm(state, [&] {
         if (ModelStorage::FromBuffer(full).HasError()) state.SkipWithError("not opened");
-    }
+    });
     SetBytes(state, full.size());
 }
 
 void UnpackAndPackObjects(benchmark::State& state) {
     auto const full = WriteFullModel(static_cast<std::uint32_t>(state.range(0)));
-    for (auto _ : state) {
+    RunWarm(state, [&] {
         if (UnpackAndPack(full) < full.size() / 2) state.SkipWithError("not packed");
-    }
+    });
     SetBytes(state, full.size());
 }
 

@@ -5,6 +5,8 @@
 
 #include "increments/BuildingModel.h"
 
+#include "RunWarm.h"
+
 #include <benchmark/benchmark.h>
 
 #include <cstring>
@@ -30,11 +32,11 @@ void CountBytes(benchmark::State& state, std::vector<char> const& buffer) {
 
 void OpenModel(benchmark::State& state) {
     auto const buffer = MakeBuilding(state);
-    for (auto _ : state) {
+    Quorlan::Benchmarks::RunWarm(state, [&] {
         auto const storage = ModelStorage::FromBuffer(buffer);
         if (storage.HasError()) state.SkipWithError("not opened");
         benchmark::DoNotOptimize(&storage);
-    }
+    });
     CountBytes(state, buffer);
 }
 BENCHMARK(OpenModel)->RangeMultiplier(10)->Range(1000, 100000)->Unit(benchmark::kMillisecond);

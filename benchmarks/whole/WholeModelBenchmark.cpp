@@ -15,6 +15,7 @@
 #include <Tools/QuantificationBuilder.h>
 #include <Tools/VertexNormalBuilder.h>
 
+#include "RunWarm.h"
 #include "increments/ObjectApi.h"
 #if defined(QUORLAN_HAS_EMBREE)
 #include "picking/EmbreeScene.h"
@@ -122,10 +123,10 @@ void PickSurfacesEmbree(benchmark::State& state, WholeModel const& model) {
 #endif
 
 void OpenModel(benchmark::State& state, WholeModel const& model) {
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         auto const storage = ModelStorage::FromBuffer(model.buffer);
         benchmark::DoNotOptimize(&storage);
-    }
+    });
     CountItems(state, static_cast<double>(model.buffer.size()) / 1e6);
 }
 
@@ -138,15 +139,15 @@ void ValidateModel(benchmark::State& state, WholeModel const& model) {
 
 void MergeOnePercent(benchmark::State& state, WholeModel const& model) {
     Increments::Merge merge;
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         if (!merge.Build(model.buffer, model.increment)) state.SkipWithError("not merged");
         benchmark::DoNotOptimize(merge.GetResult().data());
-    }
+    });
     CountItems(state, static_cast<double>(model.buffer.size()) / 1e6);
 }
 
 void UnpackAndPack(benchmark::State& state, WholeModel const& model) {
-    for (auto _ : state) benchmark::DoNotOptimize(Benchmarks::UnpackAndPack(model.buffer));
+    Benchmarks::RunWarm(state, [&] { benchmark::DoNotOptimize(Benchmarks::UnpackAndPack(model.buffer)); });
     CountItems(state, static_cast<double>(model.buffer.size()) / 1e6);
 }
 
