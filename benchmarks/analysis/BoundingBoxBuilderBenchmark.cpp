@@ -1,5 +1,6 @@
 #include <Tools/BoundingBoxBuilder.h>
 
+#include "RunWarm.h"
 #include "analysis/BuildingModel.h"
 #include "support/PlainAnalysis.h"
 
@@ -16,28 +17,28 @@ void BoundingBoxes(benchmark::State& state) {
     auto const& model = BuildingModel::OfSize(state.range(0));
     Tools::BoundingBoxBuilder builder;
     builder.Build(model.buffer.data());  // what is measured finds its memory there
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         if (!builder.Build(model.buffer.data())) state.SkipWithError("no boxes");
         benchmark::DoNotOptimize(builder.getBoundingBoxes().data());
-    }
+    });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(BoundingBoxes)->Apply(Benchmarks::ModelSizes);
 
 void BoundingBoxesOfNewTool(benchmark::State& state) {
     auto const& model = BuildingModel::OfSize(state.range(0));
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         Tools::BoundingBoxBuilder builder;
         if (!builder.Build(model.buffer.data())) state.SkipWithError("no boxes");
         benchmark::DoNotOptimize(builder.getBoundingBoxes().data());
-    }
+    });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(BoundingBoxesOfNewTool)->Apply(Benchmarks::ModelSizes);
 
 void BoundingBoxesPlain(benchmark::State& state) {
     auto const& model = BuildingModel::OfSize(state.range(0));
-    for (auto _ : state) benchmark::DoNotOptimize(Testing::PlainBoxes(model.records).data());
+    Benchmarks::RunWarm(state, [&] { benchmark::DoNotOptimize(Testing::PlainBoxes(model.records).data()); });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(BoundingBoxesPlain)->Apply(Benchmarks::ModelSizes);
@@ -60,7 +61,7 @@ void BoundingBoxesEigen(benchmark::State& state) {
     Eigen::Affine3d const caller = Eigen::Affine3d::Identity();
     std::vector<Eigen::AlignedBox3d> boxes(records.instances->size());
     Benchmarks::MoveToLargePages(boxes);
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         for (std::size_t i = 0; i < boxes.size(); ++i) {
             InstanceRecord const& instance = (*records.instances)[i];
             Testing::RawDefinition const& definition = (*records.definitions)[instance.definitionIndex];
@@ -71,7 +72,7 @@ void BoundingBoxesEigen(benchmark::State& state) {
             boxes[i] = local.transformed(world);
         }
         benchmark::DoNotOptimize(boxes.data());
-    }
+    });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(BoundingBoxesEigen)->Apply(Benchmarks::ModelSizes);

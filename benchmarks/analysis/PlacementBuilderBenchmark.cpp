@@ -1,5 +1,6 @@
 #include <Tools/PlacementBuilder.h>
 
+#include "RunWarm.h"
 #include "analysis/BuildingModel.h"
 #include "support/PlainAnalysis.h"
 
@@ -17,11 +18,11 @@ using Benchmarks::BuildingModel;
 
 void PlacementsOfNewTool(benchmark::State& state) {
     auto const& model = BuildingModel::OfSize(state.range(0));
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         Tools::PlacementBuilder builder;
         if (!builder.Build(model.buffer.data())) state.SkipWithError("no placements");
         benchmark::DoNotOptimize(builder.getPlacements().data());
-    }
+    });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(PlacementsOfNewTool)->Apply(Benchmarks::ModelSizes);
@@ -30,10 +31,10 @@ void Placements(benchmark::State& state) {
     auto const& model = BuildingModel::OfSize(state.range(0));
     Tools::PlacementBuilder builder;
     builder.Build(model.buffer.data());  // what is measured finds its memory there
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         if (!builder.Build(model.buffer.data())) state.SkipWithError("no placements");
         benchmark::DoNotOptimize(builder.getPlacements().data());
-    }
+    });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(Placements)->Apply(Benchmarks::ModelSizes);
@@ -44,17 +45,17 @@ void PlacementsWithTransform(benchmark::State& state) {
     AffineTransform transform;
     transform.matrix(0, 3) = 5;
     builder.Build(model.buffer.data(), transform);
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         if (!builder.Build(model.buffer.data(), transform)) state.SkipWithError("no placements");
         benchmark::DoNotOptimize(builder.getPlacements().data());
-    }
+    });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(PlacementsWithTransform)->Apply(Benchmarks::ModelSizes);
 
 void PlacementsPlain(benchmark::State& state) {
     auto const& model = BuildingModel::OfSize(state.range(0));
-    for (auto _ : state) benchmark::DoNotOptimize(Testing::PlainPlacements(model.records).data());
+    Benchmarks::RunWarm(state, [&] { benchmark::DoNotOptimize(Testing::PlainPlacements(model.records).data()); });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(PlacementsPlain)->Apply(Benchmarks::ModelSizes);
@@ -64,14 +65,14 @@ void PlacementsBy(benchmark::State& state, Convert convert) {
     auto const& records = BuildingModel::OfSize(state.range(0)).records;
     std::vector<Matrix> matrices(records.instances->size());
     Benchmarks::MoveToLargePages(matrices);
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         for (std::size_t i = 0; i < matrices.size(); ++i) {
             InstanceRecord const& instance = (*records.instances)[i];
             matrices[i] = convert((*records.entities)[instance.entityIndex]) *
                           convert((*records.placements)[instance.placementIndex]);
         }
         benchmark::DoNotOptimize(matrices.data());
-    }
+    });
     Benchmarks::CountInstances(state);
 }
 

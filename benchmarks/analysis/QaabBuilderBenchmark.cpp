@@ -3,6 +3,7 @@
 #include <Tools/BoundingBoxBuilder.h>
 #include <Tools/QaabBuilder.h>
 
+#include "RunWarm.h"
 #include "analysis/BuildingModel.h"
 #include "support/PlainAnalysis.h"
 
@@ -23,19 +24,18 @@ using GeometryObjectLib::AxisAlignedBox3;
 void BoxTree(benchmark::State& state) {
     auto const& model = BuildingModel::OfSize(state.range(0));
     Tools::QaabBuilder builder;
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         if (!builder.Build(model.buffer.data())) state.SkipWithError("no tree");
         benchmark::DoNotOptimize(builder.getNodes().data());
-    }
+    });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(BoxTree)->Apply(Benchmarks::ModelSizes);
 
 void BoxTreePlain(benchmark::State& state) {
     auto const& model = BuildingModel::OfSize(state.range(0));
-    for (auto _ : state) {
-        benchmark::DoNotOptimize(Testing::PlainTree(Testing::PlainBoxes(model.records)).nodes.data());
-    }
+    Benchmarks::RunWarm(
+        state, [&] { benchmark::DoNotOptimize(Testing::PlainTree(Testing::PlainBoxes(model.records)).nodes.data()); });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(BoxTreePlain)->Apply(Benchmarks::ModelSizes);
@@ -108,12 +108,12 @@ void BoxTreeEmbreeLow(benchmark::State& state) {
     arguments.setNodeChildren = SetChildren;
     arguments.setNodeBounds = SetBounds;
     arguments.createLeaf = CreateLeaf;
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         primitives = prepared;  // the builder sorts them
         void* const root = rtcBuildBVH(&arguments);
         if (root == nullptr) state.SkipWithError("no tree");
         benchmark::DoNotOptimize(root);
-    }
+    });
     rtcReleaseBVH(bvh);
     rtcReleaseDevice(device);
     Benchmarks::CountInstances(state);
@@ -130,7 +130,7 @@ btVector3 ToBullet(GeometryObjectLib::Vertex const& v) {
 
 void BoxTreeBullet(benchmark::State& state) {
     auto const boxes = ComputeBoxes(BuildingModel::OfSize(state.range(0)));
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         btQuantizedBvh tree;
         btVector3 lo = ToBullet(boxes[0].GetMin());
         btVector3 hi = ToBullet(boxes[0].GetMax());
@@ -149,7 +149,7 @@ void BoxTreeBullet(benchmark::State& state) {
         }
         tree.buildInternal();
         benchmark::DoNotOptimize(&tree.getQuantizedNodeArray()[0]);
-    }
+    });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(BoxTreeBullet)->Apply(Benchmarks::ModelSizes);

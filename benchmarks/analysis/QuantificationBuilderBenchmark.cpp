@@ -2,6 +2,7 @@
 #include <Tools/PlacementBuilder.h>
 #include <Tools/QuantificationBuilder.h>
 
+#include "RunWarm.h"
 #include "analysis/BuildingModel.h"
 
 namespace {
@@ -14,7 +15,7 @@ using GeometryObjectLib::FacetedBRep;
 void Quantities(benchmark::State& state) {
     auto const& model = BuildingModel::OfSize(state.range(0));
     auto const entityCount = static_cast<unsigned>(model.records.entities->size());
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         Tools::QuantificationBuilder builder(model.buffer.data());
         double volume = 0;
         for (unsigned entity = 0; entity < entityCount; ++entity) {
@@ -22,7 +23,7 @@ void Quantities(benchmark::State& state) {
             volume += builder.GetVolume();
         }
         benchmark::DoNotOptimize(volume);
-    }
+    });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(Quantities)->Apply(Benchmarks::ModelSizes);
@@ -56,7 +57,7 @@ void QuantitiesPlain(benchmark::State& state) {
     auto const storage = ModelStorage::FromBuffer(model.buffer);
     auto const& geometry = storage.GetModelReader().GetGeometry();
     FacetedBRep shape;
-    for (auto _ : state) {
+    Benchmarks::RunWarm(state, [&] {
         Tools::PlacementBuilder placements;
         placements.Build(model.buffer.data());
         std::vector<PlainQuantities> entities(model.records.entities->size());
@@ -71,7 +72,7 @@ void QuantitiesPlain(benchmark::State& state) {
                 entity.moment + TransformPoint(placements.getPlacements()[i], q.moment / q.volume) * q.volume;
         }
         benchmark::DoNotOptimize(entities.data());
-    }
+    });
     Benchmarks::CountInstances(state);
 }
 BENCHMARK(QuantitiesPlain)->Apply(Benchmarks::ModelSizes);
