@@ -66,10 +66,9 @@ BestSurface FindBest(ModelView const& model, InstanceArrays const& arrays, Insta
 }
 
 #if QUORLAN_HAS_AVX2
-/// The same code with all that it calls, for a processor with AVX2: instructions with three operands need fewer moves.
-__attribute__((target("avx2"), flatten)) BestSurface FindBestAvx2(ModelView const& model, InstanceArrays const& arrays,
-                                                                  InstancePick& pick, ModelRay const& ray,
-                                                                  std::vector<unsigned> const& ids) {
+/// The same code for a processor with AVX2.
+QUORLAN_AVX2_WHOLE BestSurface FindBestAvx2(ModelView const& model, InstanceArrays const& arrays, InstancePick& pick,
+                                            ModelRay const& ray, std::vector<unsigned> const& ids) {
     return FindBest(model, arrays, pick, ray, ids, true);
 }
 #endif

@@ -158,14 +158,14 @@ std::vector<std::uint32_t> FindLeavesInPlanes(QuantizedAxisAlignedBoxTree const&
 }
 
 #if QUORLAN_HAS_AVX2
-/// The same code with all that it calls, for a processor with AVX2: instructions with three operands need fewer moves.
-__attribute__((target("avx2"), flatten)) std::vector<unsigned> FindNearItemsAvx2(
-    QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray, ItemRecords const& records) {
+/// The same code for a processor with AVX2.
+QUORLAN_AVX2_WHOLE std::vector<unsigned> FindNearItemsAvx2(QuantizedAxisAlignedBoxTree const& tree, ModelRay const& ray,
+                                                           ItemRecords const& records) {
     return FindNearItems(tree, ray, records, true);
 }
 
-__attribute__((target("avx2"), flatten)) std::vector<std::uint32_t> FindLeavesInPlanesAvx2(
-    QuantizedAxisAlignedBoxTree const& tree, std::vector<Plane3f> const& planes) {
+QUORLAN_AVX2_WHOLE std::vector<std::uint32_t> FindLeavesInPlanesAvx2(QuantizedAxisAlignedBoxTree const& tree,
+                                                                     std::vector<Plane3f> const& planes) {
     return FindLeavesInPlanes(tree, planes);
 }
 #endif
